@@ -1,0 +1,181 @@
+#include "systemprivate_p.h"
+
+#include "vantixdebug.h"
+
+#include <qbcommon/appconfig.h>
+
+#include <QDebug>
+#include <QTimer>
+
+namespace TQ_SPAPI {
+
+namespace {
+constexpr int ApiReadyDelayMs = 100;
+constexpr int FlightModeTransitionMs = 2000;
+} // namespace
+
+SystemPrivate::SystemPrivate(System *q)
+    : QObject(q)
+    , q(q)
+    , deviceList(new DeviceList(this))
+{
+    connect(deviceList, &DeviceList::deviceAdded, q, &System::deviceDetected);
+    connect(deviceList, &DeviceList::deviceRemoved, q, &System::deviceRemoved);
+}
+
+SystemPrivate::~SystemPrivate()
+{
+    // The debug controller outlives every System; it must not keep acting on this one.
+    VantixDebug::instance()->detachSystemPrivate(this);
+}
+
+void SystemPrivate::initialize(const QString &name)
+{
+    if (ready) {
+        return;
+    }
+    platform = SystemPlatformType::type;
+    systemInfo.insert(QStringLiteral("API_VERSION"), QStringLiteral("0.01"));
+    createDevices();
+    registeredIds.append(name);
+    ready = true;
+    VantixDebug::instance()->setSystemPrivate(this);
+    QTimer::singleShot(ApiReadyDelayMs, this, [this] { Q_EMIT q->apiReady(); });
+}
+
+IDevicePtr SystemPrivate::add(IDevice::DeviceId id, IDevice::DeviceType type, const QString &path)
+{
+    return deviceList->add(id, type, path, 0);
+}
+
+// The simulated hardware of each platform, in creation order.
+void SystemPrivate::createDevices()
+{
+    using D = IDevice;
+    using S = System;
+
+    add(D::ID_POWER_SUPPLY, D::DEVICE_POWER);
+    add(D::ID_LED_POWER, D::DEVICE_LED);
+    add(D::ID_AUDIO, D::DEVICE_AUDIO);
+    add(D::ID_TEMP_CPU, D::DEVICE_TEMPERATURE);
+    add(D::ID_NETWORK_LAN, D::DEVICE_NETWORK);
+    wifi = add(D::ID_NETWORK_WIFI, D::DEVICE_NETWORK | D::DEVICE_FIGHT_MODE);
+
+    if (platform == S::PT_TOLVEX_PLUS || platform == S::PT_QUARNEL_PLUS) {
+        bluetooth = add(D::ID_BLUETOOTH, D::DEVICE_BUS | D::DEVICE_FIGHT_MODE);
+    }
+
+    if (platform == S::PT_TOLVEX || platform == S::PT_TOLVEX_PLUS) {
+        AppConfig *config = AppConfig::instance();
+        add(D::ID_DISK_USER_DATA, D::DEVICE_DISK, config->varPath(QStringLiteral("data")));
+        add(D::ID_DISK_SYSTEM, D::DEVICE_DISK, config->varPath(QString()));
+        add(D::ID_BATTERY_1ST, D::DEVICE_BATTERY);
+        const IDevicePtr display = add(D::ID_DISPLAY, D::DEVICE_DISPLAY);
+        display->setAbility(D::F_ENABLE);
+        display->setAbility(D::F_ACTIVE);
+    }
+
+    if (platform == S::PT_QUARNEL || platform == S::PT_QUARNEL_PLUS) {
+        add(D::ID_LED_WIFI, D::DEVICE_LED);
+        add(D::ID_POWER_MANIKIN_5V, D::DEVICE_POWER);
+        add(D::ID_POWER_MANIKIN_VBUS, D::DEVICE_POWER);
+        add(D::ID_BUTTON_POWER, D::DEVICE_BUTTON);
+        add(D::ID_PWM, D::DEVICE_PWM);
+        if (platform == S::PT_QUARNEL) {
+            add(D::ID_CAN_SERIAL, D::DEVICE_SERIAL | D::DEVICE_CAN);
+        } else {
+            add(D::ID_CAN_BUS, D::DEVICE_CAN | D::DEVICE_BUS);
+            add(D::ID_CAN_SERIAL, D::DEVICE_SERIAL | D::DEVICE_CAN);
+        }
+        add(D::ID_BATTERY_1ST, D::DEVICE_BATTERY);
+    }
+
+    if (platform == S::PT_CAN_CPU_MODULE) {
+        add(D::ID_LED_WIFI, D::DEVICE_LED);
+        const IDevicePtr amplifier = add(D::ID_SOUND_AMPLIFIER, D::DEVICE_AUDIO);
+        amplifier->setAbility(D::F_ACTIVE);
+        add(D::ID_CAN_BUS, D::DEVICE_CAN | D::DEVICE_BUS);
+        add(D::ID_BATTERY_1ST, D::DEVICE_BATTERY);
+    }
+}
+
+void SystemPrivate::close()
+{
+    qDebug();
+    Q_EMIT q->apiClosed();
+}
+
+void SystemPrivate::setFlightMode(bool enabled)
+{
+    if (flightMode & System::FLIGHT_MODE_TRANSITION) {
+        return;
+    }
+    flightMode |= System::FLIGHT_MODE_TRANSITION;
+    Q_EMIT q->flightModeStatusChanged(flightMode);
+
+    // Only the Plus platforms have Bluetooth; the others switch Wi-Fi alone.
+    const QList<IDevicePtr> radios{wifi, bluetooth};
+    for (const IDevicePtr &radio : radios) {
+        if (!radio) {
+            continue;
+        }
+        if (enabled) {
+            radio->clearAbility(IDevice::F_ACTIVE);
+            radio->clearAbility(IDevice::F_ENABLE);
+        } else {
+            radio->setAbility(IDevice::F_ENABLE);
+        }
+    }
+
+    QTimer::singleShot(FlightModeTransitionMs, this, [this, enabled] { finishFlightModeTransition(enabled); });
+}
+
+void SystemPrivate::finishFlightModeTransition(bool enabled)
+{
+    if (enabled) {
+        flightMode &= ~System::FligtModeFlags(System::FLIGHT_MODE_DISABLED | System::FLIGHT_MODE_TRANSITION);
+    } else {
+        flightMode &= ~System::FligtModeFlags(System::FLIGHT_MODE_TRANSITION);
+        flightMode |= System::FLIGHT_MODE_DISABLED;
+    }
+    Q_EMIT q->flightModeStatusChanged(flightMode);
+}
+
+void SystemPrivate::addSystemInfoPair(const QString &key, const QString &value)
+{
+    systemInfo.insert(key, value);
+}
+
+void SystemPrivate::addBattery(IDevice::DeviceId id)
+{
+    deviceList->add(id, IDevice::DEVICE_BATTERY, QString(), 0);
+}
+
+void SystemPrivate::removeBattery(IDevice::DeviceId id)
+{
+    deviceList->remove(quint32(id));
+}
+
+IDevicePtr SystemPrivate::addDevice(IDevice::DeviceId id, IDevice::DeviceType type, const QString &path)
+{
+    return deviceList->add(id, type, path, 0);
+}
+
+void SystemPrivate::removeDevice(IDevice::DeviceId id)
+{
+    deviceList->remove(quint32(id));
+}
+
+void SystemPrivate::overridePowerConnectedToggle(IDevice::DeviceId id)
+{
+    if (id == IDevice::ID_BATTERY_1ST || id == IDevice::ID_BATTERY_2ND) {
+        // Batteries keep their own power state; see the battery override.
+        return;
+    }
+    DevicePrivate *device = devicePrivate<DevicePrivate>(id);
+    if (device) {
+        device->setStatus(device->status ^ IDevice::F_POWER_CONNECTED);
+    }
+}
+
+} // namespace TQ_SPAPI

@@ -1,0 +1,74 @@
+#ifndef VANTIX_SYSTEMPRIVATE_P_H
+#define VANTIX_SYSTEMPRIVATE_P_H
+
+#include <vantix/devicelist.h>
+#include <vantix/system.h>
+#include <vantix/vantix_private_export.h>
+
+#include "deviceprivate_p.h"
+
+#include <QObject>
+
+namespace TQ_SPAPI {
+
+/**
+ * The desktop simulation behind System: it creates the platform's devices at
+ * start-up and carries the override operations through which the debug
+ * controller changes them. An override aimed at a device that does not exist,
+ * or whose private is of another class, does nothing.
+ */
+class VANTIX_PRIVATE_EXPORT SystemPrivate : public QObject
+{
+    Q_OBJECT
+
+public:
+    explicit SystemPrivate(System *q);
+    ~SystemPrivate() override;
+
+    void initialize(const QString &name);
+    void close();
+    void setFlightMode(bool enabled);
+    void addSystemInfoPair(const QString &key, const QString &value);
+
+    // Hot-plug.
+    void addBattery(IDevice::DeviceId id);
+    void removeBattery(IDevice::DeviceId id);
+    IDevicePtr addDevice(IDevice::DeviceId id, IDevice::DeviceType type, const QString &path);
+    void removeDevice(IDevice::DeviceId id);
+
+    // Overrides of simulated values.
+    void overridePowerConnectedToggle(IDevice::DeviceId id);
+
+    /// The private object of device @p id if it is a @p P, else null.
+    template<typename P>
+    P *devicePrivate(IDevice::DeviceId id) const
+    {
+        return qobject_cast<P *>(DevicePrivate::get(deviceList->device(quint32(id)).data()));
+    }
+
+    System *q;
+    System::PlatformType platform = System::PT_UNKNOWN;
+    QVariantMap systemInfo;
+    System::BootType bootReason = System::BOOT_BUTTON;
+    DeviceList *deviceList;
+    ITimeSettings *timeSettings = nullptr;
+    ICanMux *canMux = nullptr;
+    IApiMessage *apiMessage = nullptr;
+    bool ready = false;
+    System::FligtModeFlags flightMode;
+    QStringList registeredIds;
+    QMap<QString, QVariantMap> services;
+    IDevicePtr bluetooth;
+    IDevicePtr wifi;
+
+private:
+    void createDevices();
+    IDevicePtr add(IDevice::DeviceId id, IDevice::DeviceType type, const QString &path = QString());
+    void finishFlightModeTransition(bool enabled);
+
+    Q_DISABLE_COPY(SystemPrivate)
+};
+
+} // namespace TQ_SPAPI
+
+#endif
