@@ -157,6 +157,12 @@ protected:
     IDevice();
     /// Installs @p p as the private object, deleting any previous one.
     void setPrivate(DevicePrivate *p);
+    /// The private object as the derived interface's own private class.
+    template<typename P>
+    P *d_func() const
+    {
+        return static_cast<P *>(d);
+    }
 
     DevicePrivate *d = nullptr;
 
