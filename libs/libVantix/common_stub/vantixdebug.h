@@ -6,6 +6,11 @@
 
 #include <QObject>
 
+namespace TQ_QBCom {
+class ParameterController;
+class QBParameter;
+} // namespace TQ_QBCom
+
 namespace TQ_SPAPI {
 
 class SystemPrivate;
@@ -27,16 +32,27 @@ public:
     void setSystemPrivate(SystemPrivate *p);
     /// Detaches @p p if it is the attached one; done when a System goes away.
     void detachSystemPrivate(SystemPrivate *p);
+    /**
+     * Adds the parameter "VantixDebug" to @p controller; every text written
+     * to it is run as a debug command. Each call adds one more parameter.
+     */
+    void setParameterController(TQ_QBCom::ParameterController &controller);
 
     void addBattery(IDevice::DeviceId id);
     void removeBattery(IDevice::DeviceId id);
     void overridePowerConnectedToggle(IDevice::DeviceId id);
 
+private Q_SLOTS:
+    void onVantixDebugChanged(QString newValue);
+
 private:
     VantixDebug();
+    bool runCommand(const QString &command, const QStringList &args);
+
     ~VantixDebug() override;
 
     SystemPrivate *m_systemPrivate = nullptr;
+    TQ_QBCom::QBParameter *m_parameter = nullptr;
 
     Q_DISABLE_COPY(VantixDebug)
 };
