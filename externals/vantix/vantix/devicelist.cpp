@@ -1,6 +1,8 @@
 #include "devicelist.h"
 
 #include "deviceprivate_p.h"
+#include "ibattery.h"
+#include "isensor.h"
 #include "metaenum_p.h"
 
 #include <QDebug>
@@ -19,15 +21,13 @@ DeviceList::~DeviceList() = default;
 DeviceList::Creation DeviceList::create(IDevice::DeviceId id, IDevice::DeviceType type, const QString &path)
 {
     using D = IDevice;
-    const auto generic = [&](const QString &devicePath) {
-        return Creation{new IDevice(id, type, devicePath), false};
-    };
+    const auto generic = [&](const QString &devicePath) { return Creation{new IDevice(id, type, devicePath), false}; };
 
     if (type & D::DEVICE_AUDIO) {
         return generic(path);
     }
     if (type & D::DEVICE_BATTERY) {
-        return generic(QString());
+        return Creation{new IBattery(id), false, Pairing::Battery};
     }
     if (type & D::DEVICE_BUS) {
         return generic(path);
@@ -46,7 +46,7 @@ DeviceList::Creation DeviceList::create(IDevice::DeviceId id, IDevice::DeviceTyp
         return generic(QString());
     }
     if (type & D::DEVICE_TEMPERATURE) {
-        return generic(QString());
+        return Creation{new ISensor(id, type), false, Pairing::Sensor};
     }
     if (type & D::DEVICE_DISK) {
         return Creation{new IDevice(id, type, path), true};
@@ -77,7 +77,51 @@ IDevicePtr DeviceList::add(IDevice::DeviceId id, IDevice::DeviceType type, const
     }
 
     const Creation creation = create(id, type, path);
-    return insert(creation.device, creation.keyedByIndex ? index : 0);
+    const IDevicePtr stored = insert(creation.device, creation.keyedByIndex ? index : 0);
+    switch (creation.pairing) {
+    case Pairing::Battery:
+        attachBatterySensor(stored);
+        break;
+    case Pairing::Sensor:
+        pairBatterySensor(stored);
+        break;
+    case Pairing::None:
+        break;
+    }
+    return stored;
+}
+
+void DeviceList::attachBatterySensor(const IDevicePtr &battery)
+{
+    const auto sensorId =
+        battery->id() == IDevice::ID_BATTERY_1ST ? IDevice::ID_TEMP_BATT_1ST : IDevice::ID_TEMP_BATT_2ND;
+    // Only a sensor still registered counts; one removed earlier is gone for good.
+    const QSharedPointer<ISensor> sensor = qSharedPointerObjectCast<ISensor>(device(quint32(sensorId)));
+    const QSharedPointer<IBattery> target = qSharedPointerObjectCast<IBattery>(battery);
+    if (sensor && target) {
+        target->setSensor(sensor);
+    }
+}
+
+void DeviceList::pairBatterySensor(const IDevicePtr &sensor)
+{
+    IDevice::DeviceId batteryId;
+    switch (sensor->id()) {
+    case IDevice::ID_TEMP_BATT_1ST:
+        batteryId = IDevice::ID_BATTERY_1ST;
+        break;
+    case IDevice::ID_TEMP_BATT_2ND:
+        batteryId = IDevice::ID_BATTERY_2ND;
+        break;
+    default:
+        // CPU and board sensors belong to no battery.
+        return;
+    }
+    const QSharedPointer<IBattery> battery = qSharedPointerObjectCast<IBattery>(device(quint32(batteryId)));
+    const QSharedPointer<ISensor> target = qSharedPointerObjectCast<ISensor>(sensor);
+    if (battery && target) {
+        battery->setSensor(target);
+    }
 }
 
 IDevicePtr DeviceList::insert(IDevice *device, quint32 index)

@@ -41,12 +41,21 @@ Q_SIGNALS:
     void deviceRemoved(TQ_SPAPI::IDevice::DeviceId id, QString path);
 
 private:
-    struct Creation {
+    // What a device needs once it is stored: batteries and battery
+    // temperature sensors look for each other, whichever comes first.
+    enum class Pairing { None, Battery, Sensor };
+    struct Creation
+    {
         IDevice *device;
         bool keyedByIndex; // only disks use the index
+        Pairing pairing = Pairing::None;
     };
     static Creation create(IDevice::DeviceId id, IDevice::DeviceType type, const QString &path);
     IDevicePtr insert(IDevice *device, quint32 index);
+    /// Hands a freshly stored battery the temperature sensor already stored for it.
+    void attachBatterySensor(const IDevicePtr &battery);
+    /// Hands a freshly stored battery temperature sensor to the battery already stored for it.
+    void pairBatterySensor(const IDevicePtr &sensor);
 
     QMap<quint32, IDevicePtr> m_devices;
 };

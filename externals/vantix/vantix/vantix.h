@@ -5,7 +5,9 @@
 
 #include <vantix/abstractlistmodel.h>
 #include <vantix/devicelist.h>
+#include <vantix/ibattery.h>
 #include <vantix/idevice.h>
+#include <vantix/isensor.h>
 #include <vantix/listmodel.h>
 #include <vantix/system.h>
 

@@ -1,5 +1,6 @@
 #include "systemprivate_p.h"
 
+#include "batteryprivate_p.h"
 #include "vantixdebug.h"
 
 #include <qbcommon/appconfig.h>
@@ -166,15 +167,39 @@ void SystemPrivate::removeDevice(IDevice::DeviceId id)
     deviceList->remove(quint32(id));
 }
 
+void SystemPrivate::overrideFuelGauge(IDevice::DeviceId id, int value)
+{
+    if (BatteryPrivate *battery = devicePrivate<BatteryPrivate>(id)) {
+        battery->overrideFuelGauge(value);
+    }
+}
+
+void SystemPrivate::overrideChargeToggle(IDevice::DeviceId id)
+{
+    if (BatteryPrivate *battery = devicePrivate<BatteryPrivate>(id)) {
+        battery->overrideChargeToggle();
+    }
+}
+
 void SystemPrivate::overridePowerConnectedToggle(IDevice::DeviceId id)
 {
     if (id == IDevice::ID_BATTERY_1ST || id == IDevice::ID_BATTERY_2ND) {
-        // Batteries keep their own power state; see the battery override.
+        // A battery marks the change as forced; anything else at these ids is left alone.
+        if (BatteryPrivate *battery = devicePrivate<BatteryPrivate>(id)) {
+            battery->overridePowerConnectedToggle();
+        }
         return;
     }
     DevicePrivate *device = devicePrivate<DevicePrivate>(id);
     if (device) {
         device->setStatus(device->status ^ IDevice::F_POWER_CONNECTED);
+    }
+}
+
+void SystemPrivate::overrideCurrent(IDevice::DeviceId id, double current)
+{
+    if (BatteryPrivate *battery = devicePrivate<BatteryPrivate>(id)) {
+        battery->overrideCurrent(current);
     }
 }
 

@@ -37,7 +37,10 @@ public:
     void removeDevice(IDevice::DeviceId id);
 
     // Overrides of simulated values.
+    void overrideFuelGauge(IDevice::DeviceId id, int value);
+    void overrideChargeToggle(IDevice::DeviceId id);
     void overridePowerConnectedToggle(IDevice::DeviceId id);
+    void overrideCurrent(IDevice::DeviceId id, double current);
 
     /// The private object of device @p id if it is a @p P, else null.
     template<typename P>

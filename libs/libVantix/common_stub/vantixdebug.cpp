@@ -85,10 +85,31 @@ void VantixDebug::removeBattery(IDevice::DeviceId id)
     }
 }
 
+void VantixDebug::overrideFuelGauge(IDevice::DeviceId id, int value)
+{
+    if (m_systemPrivate) {
+        m_systemPrivate->overrideFuelGauge(id, value);
+    }
+}
+
+void VantixDebug::overrideChargeToggle(IDevice::DeviceId id)
+{
+    if (m_systemPrivate) {
+        m_systemPrivate->overrideChargeToggle(id);
+    }
+}
+
 void VantixDebug::overridePowerConnectedToggle(IDevice::DeviceId id)
 {
     if (m_systemPrivate) {
         m_systemPrivate->overridePowerConnectedToggle(id);
+    }
+}
+
+void VantixDebug::overrideCurrent(IDevice::DeviceId id, double current)
+{
+    if (m_systemPrivate) {
+        m_systemPrivate->overrideCurrent(id, current);
     }
 }
 

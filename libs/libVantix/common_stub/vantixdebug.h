@@ -40,7 +40,10 @@ public:
 
     void addBattery(IDevice::DeviceId id);
     void removeBattery(IDevice::DeviceId id);
+    void overrideFuelGauge(IDevice::DeviceId id, int value);
+    void overrideChargeToggle(IDevice::DeviceId id);
     void overridePowerConnectedToggle(IDevice::DeviceId id);
+    void overrideCurrent(IDevice::DeviceId id, double current);
 
 private Q_SLOTS:
     void onVantixDebugChanged(QString newValue);

@@ -1,0 +1,134 @@
+#include <vantix/devicelist.h>
+#include <vantix/ibattery.h>
+#include <vantix/system.h>
+
+#include "batteryprivate_p.h"
+#include "systemprivate_p.h"
+#include "testroot.h"
+#include "vantixdebug.h"
+
+#include <QSignalSpy>
+#include <QTest>
+
+using namespace TQ_SPAPI;
+using D = IDevice;
+
+class tst_Battery : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void startStateAndOverrides();
+    void overridesThroughSystem();
+    void pairing();
+};
+
+void tst_Battery::startStateAndOverrides()
+{
+    DeviceList list;
+    const auto battery = qSharedPointerObjectCast<IBattery>(
+        list.add(D::ID_BATTERY_2ND, D::DEVICE_BATTERY, QStringLiteral("/sys/battery")));
+    QVERIFY(battery);
+    QCOMPARE(battery->status(), D::DeviceFlags(D::F_CHARGE));
+    QCOMPARE(battery->fuelGauge(), 100);
+    QCOMPARE(battery->voltage() + battery->current() + battery->currentAvg(), 0.0);
+    QCOMPARE(battery->chargeCounter(), 0);
+    QVERIFY(battery->modelName().isEmpty() && battery->manufacturer().isEmpty() && battery->label().isEmpty());
+    QVERIFY(battery->path().isEmpty() && battery->temperature().isNull());
+    QTRY_COMPARE(battery->status(), D::F_CHARGE | D::F_ENABLE);
+
+    auto *d = qobject_cast<BatteryPrivate *>(DevicePrivate::get(battery.data()));
+    QSignalSpy status(battery.data(), &IDevice::statusChanged);
+    QSignalSpy counter(battery.data(), &IBattery::chargeCounterChanged);
+    QSignalSpy fuel(battery.data(), &IBattery::fuelGaugeChanged);
+    // Forced values are announced even when they repeat, and never clamped.
+    for (int value : {150, 150, -5}) {
+        d->overrideFuelGauge(value);
+        QCOMPARE(battery->fuelGauge(), value);
+        QCOMPARE(fuel.takeFirst().at(0).toInt(), value);
+    }
+    QCOMPARE(battery->status(), D::F_ENABLE | D::F_CHARGE | D::F_OVERRIDE);
+    QCOMPARE(status.count(), 1);
+
+    d->setStatus(D::F_ENABLE | D::F_CHARGE); // without the mark, to see each toggle set it
+    d->overrideChargeToggle(); // off: no charge start
+    QCOMPARE(battery->status(), D::F_ENABLE | D::F_OVERRIDE);
+    QCOMPARE(counter.count(), 0);
+    d->overrideChargeToggle();
+    QCOMPARE(counter.takeFirst().at(0).toInt(), 1);
+    d->setStatus(D::F_ENABLE | D::F_CHARGE);
+    d->overridePowerConnectedToggle();
+    QCOMPARE(battery->status(), D::F_ENABLE | D::F_CHARGE | D::F_OVERRIDE | D::F_POWER_CONNECTED);
+    d->overridePowerConnectedToggle();
+    QCOMPARE(battery->status(), D::F_ENABLE | D::F_CHARGE | D::F_OVERRIDE);
+    QCOMPARE(status.count(), 7);
+    QCOMPARE(battery->chargeCounter(), 1);
+    QCOMPARE(battery->voltage() + battery->current() + battery->currentAvg(), 0.0);
+}
+
+void tst_Battery::overridesThroughSystem()
+{
+    TestRoot root;
+    SystemPlatformType::type = System::PT_TOLVEX;
+    System *system = System::instance();
+    system->initialize(QStringLiteral("tst_battery"));
+    auto *simulation = system->findChild<SystemPrivate *>();
+    const auto battery = qSharedPointerObjectCast<IBattery>(system->device(D::ID_BATTERY_1ST));
+    QVERIFY(simulation && battery && !system->device(D::ID_BATTERY_2ND));
+    QSignalSpy current(battery.data(), &IBattery::currentChanged);
+    VantixDebug *debug = VantixDebug::instance();
+
+    // The second battery does not exist: nothing happens.
+    debug->overrideFuelGauge(D::ID_BATTERY_2ND, 40);
+    simulation->overrideChargeToggle(D::ID_BATTERY_2ND);
+    debug->overrideCurrent(D::ID_BATTERY_2ND, 2.5);
+    debug->overridePowerConnectedToggle(D::ID_BATTERY_2ND);
+    QCOMPARE(battery->status(), D::DeviceFlags(D::F_CHARGE));
+
+    debug->overrideCurrent(D::ID_BATTERY_1ST, 0.5);
+    QCOMPARE(current.count(), 1);
+    QCOMPARE(current.at(0).at(0).toDouble(), 0.5);
+    QCOMPARE(battery->current(), 0.5);
+    QCOMPARE(battery->voltage() + battery->currentAvg(), 0.0);
+    QCOMPARE(battery->status(), D::F_CHARGE | D::F_OVERRIDE);
+    debug->overrideFuelGauge(D::ID_BATTERY_1ST, 40);
+    debug->overrideChargeToggle(D::ID_BATTERY_1ST);
+    simulation->overrideChargeToggle(D::ID_BATTERY_1ST);
+    debug->overridePowerConnectedToggle(D::ID_BATTERY_1ST);
+    QCOMPARE(battery->fuelGauge(), 40);
+    QCOMPARE(battery->chargeCounter(), 1);
+    QCOMPARE(battery->status(), D::F_CHARGE | D::F_OVERRIDE | D::F_POWER_CONNECTED);
+    // Any other device only has the bit flipped, without an override mark.
+    debug->overridePowerConnectedToggle(D::ID_POWER_SUPPLY);
+    QCOMPARE(system->device(D::ID_POWER_SUPPLY)->status(), D::DeviceFlags(D::F_POWER_CONNECTED));
+    System::releaseInstance();
+}
+
+void tst_Battery::pairing()
+{
+    DeviceList list;
+    const auto add = [&list](D::DeviceId id) {
+        const bool isBattery = id == D::ID_BATTERY_1ST || id == D::ID_BATTERY_2ND;
+        return list.add(id, isBattery ? D::DEVICE_BATTERY : D::DEVICE_TEMPERATURE, QString());
+    };
+    const auto first = qSharedPointerObjectCast<IBattery>(add(D::ID_BATTERY_1ST));
+    const IDevicePtr secondSensor = add(D::ID_TEMP_BATT_2ND);
+    add(D::ID_TEMP_CPU);
+    add(D::ID_TEMP_BOARD);
+    QVERIFY(first->temperature().isNull());
+    const IDevicePtr firstSensor = add(D::ID_TEMP_BATT_1ST);
+    QCOMPARE(first->temperature().data(), firstSensor.data());
+    const auto second = qSharedPointerObjectCast<IBattery>(add(D::ID_BATTERY_2ND));
+    QCOMPARE(second->temperature().data(), secondSensor.data());
+
+    // Removed devices are out of reach: neither a new battery nor a new sensor finds them.
+    QVERIFY(list.remove(D::ID_TEMP_BATT_1ST) && list.remove(D::ID_BATTERY_1ST));
+    const auto replacement = qSharedPointerObjectCast<IBattery>(add(D::ID_BATTERY_1ST));
+    QVERIFY(replacement->temperature().isNull());
+    const IDevicePtr newSensor = add(D::ID_TEMP_BATT_1ST);
+    QCOMPARE(replacement->temperature().data(), newSensor.data());
+    QCOMPARE(first->temperature().data(), firstSensor.data());
+}
+
+QTEST_GUILESS_MAIN(tst_Battery)
+#include "tst_battery.moc"
