@@ -5,6 +5,7 @@
 
 #include <vantix/abstractlistmodel.h>
 #include <vantix/devicelist.h>
+#include <vantix/iapimessage.h>
 #include <vantix/idevice.h>
 #include <vantix/listmodel.h>
 #include <vantix/system.h>

@@ -2,6 +2,8 @@
 
 #include "vantixdebug.h"
 
+#include <vantix/iapimessage.h>
+
 #include <qbcommon/appconfig.h>
 
 #include <QDebug>
@@ -18,6 +20,7 @@ SystemPrivate::SystemPrivate(System *q)
     : QObject(q)
     , q(q)
     , deviceList(new DeviceList(this))
+    , apiMessage(new IApiMessage(this))
 {
     connect(deviceList, &DeviceList::deviceAdded, q, &System::deviceDetected);
     connect(deviceList, &DeviceList::deviceRemoved, q, &System::deviceRemoved);

@@ -53,7 +53,7 @@ public:
     DeviceList *deviceList;
     ITimeSettings *timeSettings = nullptr;
     ICanMux *canMux = nullptr;
-    IApiMessage *apiMessage = nullptr;
+    IApiMessage *apiMessage;
     bool ready = false;
     System::FligtModeFlags flightMode;
     QStringList registeredIds;
