@@ -7,6 +7,7 @@
 #include <vantix/devicelist.h>
 #include <vantix/iapimessage.h>
 #include <vantix/idevice.h>
+#include <vantix/itimesettings.h>
 #include <vantix/listmodel.h>
 #include <vantix/system.h>
 

@@ -3,6 +3,7 @@
 #include "vantixdebug.h"
 
 #include <vantix/iapimessage.h>
+#include <vantix/itimesettings.h>
 
 #include <qbcommon/appconfig.h>
 
@@ -39,6 +40,7 @@ void SystemPrivate::initialize(const QString &name)
     }
     platform = SystemPlatformType::type;
     systemInfo.insert(QStringLiteral("API_VERSION"), QStringLiteral("0.01"));
+    timeSettings = new ITimeSettings(this);
     createDevices();
     registeredIds.append(name);
     ready = true;
