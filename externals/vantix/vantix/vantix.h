@@ -6,6 +6,7 @@
 #include <vantix/abstractlistmodel.h>
 #include <vantix/devicelist.h>
 #include <vantix/iapimessage.h>
+#include <vantix/icanmux.h>
 #include <vantix/idevice.h>
 #include <vantix/itimesettings.h>
 #include <vantix/listmodel.h>

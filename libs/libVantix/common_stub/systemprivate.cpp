@@ -1,8 +1,10 @@
 #include "systemprivate_p.h"
 
+#include "canmuxprivate_p.h"
 #include "vantixdebug.h"
 
 #include <vantix/iapimessage.h>
+#include <vantix/icanmux.h>
 #include <vantix/itimesettings.h>
 
 #include <qbcommon/appconfig.h>
@@ -89,8 +91,11 @@ void SystemPrivate::createDevices()
         if (platform == S::PT_QUARNEL) {
             add(D::ID_CAN_SERIAL, D::DEVICE_SERIAL | D::DEVICE_CAN);
         } else {
-            add(D::ID_CAN_BUS, D::DEVICE_CAN | D::DEVICE_BUS);
-            add(D::ID_CAN_SERIAL, D::DEVICE_SERIAL | D::DEVICE_CAN);
+            const IDevicePtr bus = add(D::ID_CAN_BUS, D::DEVICE_CAN | D::DEVICE_BUS);
+            const IDevicePtr serial = add(D::ID_CAN_SERIAL, D::DEVICE_SERIAL | D::DEVICE_CAN);
+            CanMuxPrivate *mux = CanMuxPrivate::get(ensureCanMux());
+            mux->setCanBus(bus);
+            mux->setCanSerial(serial);
         }
         add(D::ID_BATTERY_1ST, D::DEVICE_BATTERY);
     }
@@ -99,9 +104,18 @@ void SystemPrivate::createDevices()
         add(D::ID_LED_WIFI, D::DEVICE_LED);
         const IDevicePtr amplifier = add(D::ID_SOUND_AMPLIFIER, D::DEVICE_AUDIO);
         amplifier->setAbility(D::F_ACTIVE);
-        add(D::ID_CAN_BUS, D::DEVICE_CAN | D::DEVICE_BUS);
+        const IDevicePtr bus = add(D::ID_CAN_BUS, D::DEVICE_CAN | D::DEVICE_BUS);
+        CanMuxPrivate::get(ensureCanMux())->setCanBus(bus);
         add(D::ID_BATTERY_1ST, D::DEVICE_BATTERY);
     }
+}
+
+ICanMux *SystemPrivate::ensureCanMux()
+{
+    if (!canMux) {
+        canMux = new ICanMux(this);
+    }
+    return canMux;
 }
 
 void SystemPrivate::close()

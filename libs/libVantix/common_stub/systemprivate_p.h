@@ -63,6 +63,7 @@ public:
 
 private:
     void createDevices();
+    ICanMux *ensureCanMux();
     IDevicePtr add(IDevice::DeviceId id, IDevice::DeviceType type, const QString &path = QString());
     void finishFlightModeTransition(bool enabled);
 
