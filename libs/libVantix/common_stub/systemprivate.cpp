@@ -1,6 +1,7 @@
 #include "systemprivate_p.h"
 
 #include "canmuxprivate_p.h"
+#include "systeminfostore_p.h"
 #include "vantixdebug.h"
 
 #include <vantix/iapimessage.h>
@@ -42,6 +43,7 @@ void SystemPrivate::initialize(const QString &name)
     }
     platform = SystemPlatformType::type;
     systemInfo.insert(QStringLiteral("API_VERSION"), QStringLiteral("0.01"));
+    SystemInfoStore::fill(systemInfo, platform);
     timeSettings = new ITimeSettings(this);
     createDevices();
     registeredIds.append(name);
@@ -160,9 +162,12 @@ void SystemPrivate::finishFlightModeTransition(bool enabled)
     Q_EMIT q->flightModeStatusChanged(flightMode);
 }
 
+// The whole map goes to the file, per-start entries included; they are
+// refreshed on the next start anyway.
 void SystemPrivate::addSystemInfoPair(const QString &key, const QString &value)
 {
     systemInfo.insert(key, value);
+    SystemInfoStore::save(systemInfo, platform);
 }
 
 void SystemPrivate::addBattery(IDevice::DeviceId id)
