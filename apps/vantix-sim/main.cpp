@@ -15,6 +15,22 @@
 
 using namespace TQ_SPAPI;
 
+namespace {
+// One "KEY = value" line per entry; the map keeps its keys sorted.
+void printSystemInfo(QTextStream &out, const QVariantMap &info)
+{
+    out << "System information\n";
+    for (auto it = info.cbegin(); it != info.cend(); ++it) {
+        const QVariant &value = it.value();
+        const QString text = value.userType() == QMetaType::QStringList
+            ? value.toStringList().join(QStringLiteral(", "))
+            : value.toString();
+        out << it.key() << " = " << text << '\n';
+    }
+    out.flush();
+}
+} // namespace
+
 int main(int argc, char *argv[])
 {
     QCoreApplication app(argc, argv);
@@ -65,6 +81,7 @@ int main(int argc, char *argv[])
     QObject::connect(system, &System::apiReady, &app, [&] {
         out << "Platform " << System::PlatformTypeEnum.valueToKey(system->platform()) << " ready\n";
         watcher.printTable();
+        printSystemInfo(out, system->systemInfo());
         if (exitAfterReady) {
             QCoreApplication::quit();
             return;

@@ -5,9 +5,12 @@
 
 #include <vantix/abstractlistmodel.h>
 #include <vantix/devicelist.h>
+#include <vantix/iapimessage.h>
 #include <vantix/ibattery.h>
+#include <vantix/icanmux.h>
 #include <vantix/idevice.h>
 #include <vantix/isensor.h>
+#include <vantix/itimesettings.h>
 #include <vantix/listmodel.h>
 #include <vantix/system.h>
 

@@ -1,7 +1,13 @@
 #include "systemprivate_p.h"
 
 #include "batteryprivate_p.h"
+#include "canmuxprivate_p.h"
+#include "systeminfostore_p.h"
 #include "vantixdebug.h"
+
+#include <vantix/iapimessage.h>
+#include <vantix/icanmux.h>
+#include <vantix/itimesettings.h>
 
 #include <qbcommon/appconfig.h>
 
@@ -19,6 +25,7 @@ SystemPrivate::SystemPrivate(System *q)
     : QObject(q)
     , q(q)
     , deviceList(new DeviceList(this))
+    , apiMessage(new IApiMessage(this))
 {
     connect(deviceList, &DeviceList::deviceAdded, q, &System::deviceDetected);
     connect(deviceList, &DeviceList::deviceRemoved, q, &System::deviceRemoved);
@@ -37,6 +44,8 @@ void SystemPrivate::initialize(const QString &name)
     }
     platform = SystemPlatformType::type;
     systemInfo.insert(QStringLiteral("API_VERSION"), QStringLiteral("0.01"));
+    SystemInfoStore::fill(systemInfo, platform);
+    timeSettings = new ITimeSettings(this);
     createDevices();
     registeredIds.append(name);
     ready = true;
@@ -85,8 +94,11 @@ void SystemPrivate::createDevices()
         if (platform == S::PT_QUARNEL) {
             add(D::ID_CAN_SERIAL, D::DEVICE_SERIAL | D::DEVICE_CAN);
         } else {
-            add(D::ID_CAN_BUS, D::DEVICE_CAN | D::DEVICE_BUS);
-            add(D::ID_CAN_SERIAL, D::DEVICE_SERIAL | D::DEVICE_CAN);
+            const IDevicePtr bus = add(D::ID_CAN_BUS, D::DEVICE_CAN | D::DEVICE_BUS);
+            const IDevicePtr serial = add(D::ID_CAN_SERIAL, D::DEVICE_SERIAL | D::DEVICE_CAN);
+            CanMuxPrivate *mux = CanMuxPrivate::get(ensureCanMux());
+            mux->setCanBus(bus);
+            mux->setCanSerial(serial);
         }
         add(D::ID_BATTERY_1ST, D::DEVICE_BATTERY);
     }
@@ -95,9 +107,18 @@ void SystemPrivate::createDevices()
         add(D::ID_LED_WIFI, D::DEVICE_LED);
         const IDevicePtr amplifier = add(D::ID_SOUND_AMPLIFIER, D::DEVICE_AUDIO);
         amplifier->setAbility(D::F_ACTIVE);
-        add(D::ID_CAN_BUS, D::DEVICE_CAN | D::DEVICE_BUS);
+        const IDevicePtr bus = add(D::ID_CAN_BUS, D::DEVICE_CAN | D::DEVICE_BUS);
+        CanMuxPrivate::get(ensureCanMux())->setCanBus(bus);
         add(D::ID_BATTERY_1ST, D::DEVICE_BATTERY);
     }
+}
+
+ICanMux *SystemPrivate::ensureCanMux()
+{
+    if (!canMux) {
+        canMux = new ICanMux(this);
+    }
+    return canMux;
 }
 
 void SystemPrivate::close()
@@ -142,9 +163,12 @@ void SystemPrivate::finishFlightModeTransition(bool enabled)
     Q_EMIT q->flightModeStatusChanged(flightMode);
 }
 
+// The whole map goes to the file, per-start entries included; they are
+// refreshed on the next start anyway.
 void SystemPrivate::addSystemInfoPair(const QString &key, const QString &value)
 {
     systemInfo.insert(key, value);
+    SystemInfoStore::save(systemInfo, platform);
 }
 
 void SystemPrivate::addBattery(IDevice::DeviceId id)

@@ -56,7 +56,7 @@ public:
     DeviceList *deviceList;
     ITimeSettings *timeSettings = nullptr;
     ICanMux *canMux = nullptr;
-    IApiMessage *apiMessage = nullptr;
+    IApiMessage *apiMessage;
     bool ready = false;
     System::FligtModeFlags flightMode;
     QStringList registeredIds;
@@ -66,6 +66,7 @@ public:
 
 private:
     void createDevices();
+    ICanMux *ensureCanMux();
     IDevicePtr add(IDevice::DeviceId id, IDevice::DeviceType type, const QString &path = QString());
     void finishFlightModeTransition(bool enabled);
 
