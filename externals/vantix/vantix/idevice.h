@@ -24,7 +24,8 @@ class VANTIX_EXPORT IDevice : public QObject
     Q_PROPERTY(DeviceFlags status READ status NOTIFY statusChanged)
 
 public:
-    enum DeviceId {
+    // Fixed underlying type: removable disks take values above ID_DISK_USB.
+    enum DeviceId : int {
         ID_UNKNOWN_DEV = 0,
         ID_LED_POWER = 1,
         ID_LED_WIFI = 2,

@@ -33,7 +33,8 @@ class VANTIX_EXPORT System : public QObject
     Q_PROPERTY(FligtModeFlags flightModeStatus READ flightModeStatus NOTIFY flightModeStatusChanged)
 
 public:
-    enum PlatformType {
+    // Fixed underlying type: a host may store any value, unknown ones included.
+    enum PlatformType : int {
         PT_UNKNOWN = 0,
         PT_TOLVEX = 1,
         PT_TOLVEX_PLUS = 2,

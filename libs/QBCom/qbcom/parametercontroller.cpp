@@ -2,6 +2,8 @@
 
 #include "qbparameter.h"
 
+#include <algorithm>
+
 namespace TQ_QBCom {
 
 ParameterController::ParameterController(QObject *parent)
@@ -19,8 +21,11 @@ QBParameter *ParameterController::addParameter(QBParameter *parameter)
     parameter->setParent(this);
     m_parameters.append(parameter);
     // A parameter deleted by someone else must not linger as a dangling entry.
+    // By now it is only a QObject, so compare addresses rather than cast.
     connect(parameter, &QObject::destroyed, this, [this](QObject *object) {
-        m_parameters.removeAll(static_cast<QBParameter *>(object));
+        m_parameters.erase(std::remove_if(m_parameters.begin(), m_parameters.end(),
+                                          [object](QBParameter *p) { return static_cast<QObject *>(p) == object; }),
+                           m_parameters.end());
     });
     return parameter;
 }
