@@ -1,6 +1,15 @@
 #include "devicelist.h"
 
 #include "deviceprivate_p.h"
+#include "iaudio.h"
+#include "ibluetooth.h"
+#include "ibutton.h"
+#include "idisplay.h"
+#include "iiocontroller.h"
+#include "iled.h"
+#include "ipwmecg.h"
+#include "isoundamplifier.h"
+#include "ivibrator.h"
 #include "metaenum_p.h"
 
 #include <QDebug>
@@ -19,29 +28,39 @@ DeviceList::~DeviceList() = default;
 DeviceList::Creation DeviceList::create(IDevice::DeviceId id, IDevice::DeviceType type, const QString &path)
 {
     using D = IDevice;
-    const auto generic = [&](const QString &devicePath) {
-        return Creation{new IDevice(id, type, devicePath), false};
-    };
+    const auto generic = [&](const QString &devicePath) { return Creation{new IDevice(id, type, devicePath), false}; };
 
     if (type & D::DEVICE_AUDIO) {
+        if (id == D::ID_AUDIO) {
+            return Creation{new IAudio(id), false};
+        }
+        if (id == D::ID_SOUND_AMPLIFIER) {
+            return Creation{new ISoundAmplifier(id), false};
+        }
         return generic(path);
     }
     if (type & D::DEVICE_BATTERY) {
         return generic(QString());
     }
     if (type & D::DEVICE_BUS) {
+        if (id == D::ID_BLUETOOTH) {
+            return Creation{new IBluetooth(id), false};
+        }
         return generic(path);
     }
     if (type & D::DEVICE_DISPLAY) {
-        return generic(QString());
+        return Creation{new IDisplay(id), false};
     }
     if (type & D::DEVICE_LED) {
-        return generic(QString());
+        return Creation{new ILed(id), false};
     }
     if (type & D::DEVICE_NETWORK) {
         return generic(QString());
     }
     if (type & D::DEVICE_SERIAL) {
+        if (id == D::ID_IOCONTROLLER) {
+            return Creation{new IIOController(id, type), false};
+        }
         // Serial devices other than the I/O controller never take the path.
         return generic(QString());
     }
@@ -52,13 +71,13 @@ DeviceList::Creation DeviceList::create(IDevice::DeviceId id, IDevice::DeviceTyp
         return Creation{new IDevice(id, type, path), true};
     }
     if (type & D::DEVICE_VIBRATOR) {
-        return generic(QString());
+        return Creation{new IVibrator(id), false};
     }
     if (type & D::DEVICE_BUTTON) {
-        return generic(QString());
+        return Creation{new IButton(id), false};
     }
     if (type & D::DEVICE_PWM) {
-        return generic(QString());
+        return Creation{new IPwmEcg(id), false};
     }
     if (type & D::DEVICE_USB) {
         return generic(QString());

@@ -5,7 +5,16 @@
 
 #include <vantix/abstractlistmodel.h>
 #include <vantix/devicelist.h>
+#include <vantix/iaudio.h>
+#include <vantix/ibluetooth.h>
+#include <vantix/ibutton.h>
 #include <vantix/idevice.h>
+#include <vantix/idisplay.h>
+#include <vantix/iiocontroller.h>
+#include <vantix/iled.h>
+#include <vantix/ipwmecg.h>
+#include <vantix/isoundamplifier.h>
+#include <vantix/ivibrator.h>
 #include <vantix/listmodel.h>
 #include <vantix/system.h>
 

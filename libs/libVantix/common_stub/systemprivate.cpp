@@ -1,5 +1,7 @@
 #include "systemprivate_p.h"
 
+#include "audioprivate_p.h"
+#include "buttonprivate_p.h"
 #include "vantixdebug.h"
 
 #include <qbcommon/appconfig.h>
@@ -164,6 +166,20 @@ IDevicePtr SystemPrivate::addDevice(IDevice::DeviceId id, IDevice::DeviceType ty
 void SystemPrivate::removeDevice(IDevice::DeviceId id)
 {
     deviceList->remove(quint32(id));
+}
+
+void SystemPrivate::overrideJack(IAudio::JackFlags flags)
+{
+    if (AudioPrivate *audio = devicePrivate<AudioPrivate>(IDevice::ID_AUDIO)) {
+        audio->setJackFlags(flags);
+    }
+}
+
+void SystemPrivate::overrideButton(IDevice::DeviceId id, bool pressed)
+{
+    if (ButtonPrivate *button = devicePrivate<ButtonPrivate>(id)) {
+        button->setPressed(pressed);
+    }
 }
 
 void SystemPrivate::overridePowerConnectedToggle(IDevice::DeviceId id)

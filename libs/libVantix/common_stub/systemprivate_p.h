@@ -2,6 +2,7 @@
 #define VANTIX_SYSTEMPRIVATE_P_H
 
 #include <vantix/devicelist.h>
+#include <vantix/iaudio.h>
 #include <vantix/system.h>
 #include <vantix/vantix_private_export.h>
 
@@ -37,7 +38,9 @@ public:
     void removeDevice(IDevice::DeviceId id);
 
     // Overrides of simulated values.
+    void overrideJack(IAudio::JackFlags flags);
     void overridePowerConnectedToggle(IDevice::DeviceId id);
+    void overrideButton(IDevice::DeviceId id, bool pressed);
 
     /// The private object of device @p id if it is a @p P, else null.
     template<typename P>
