@@ -50,8 +50,14 @@ const QList<IDevice::DeviceId> peripheralIds{
     IDevice::ID_DISPLAY,
     IDevice::ID_PWM,
     IDevice::ID_SOUND_AMPLIFIER,
+    IDevice::ID_USB_OTG_A,
+    IDevice::ID_USB_OTG_B,
+    IDevice::ID_DISK_USER_DATA,
     IDevice::ID_IOCONTROLLER,
     IDevice::ID_BUTTON_POWER,
+    IDevice::ID_USB,
+    IDevice::ID_DISK_SYSTEM,
+    IDevice::ID_DISK_USB,
 };
 } // namespace
 
@@ -225,9 +231,11 @@ private Q_SLOTS:
         row("led", D::ID_LED_WIFI, D::DEVICE_LED, "ILed", false);
         row("io controller", D::ID_IOCONTROLLER, D::DEVICE_SERIAL, "IIOController", false);
         row("other serial", D::ID_MANIKIN_SERIAL, D::DEVICE_SERIAL, "IDevice", false);
+        row("disk", D::ID_DISK_USER_DATA, D::DEVICE_DISK, "IDisk", true);
         row("vibrator", D::ID_VIBRATOR, D::DEVICE_VIBRATOR, "IVibrator", false);
         row("button", D::ID_BUTTON_POWER, D::DEVICE_BUTTON, "IButton", false);
         row("pwm", D::ID_PWM, D::DEVICE_PWM, "IPwmEcg", false);
+        row("usb", D::ID_USB_OTG_A, D::DEVICE_USB, "IUsb", false);
         // The audio bit is tested first, so it wins over the LED bit.
         row("audio before led", D::ID_AUDIO, D::DEVICE_AUDIO | D::DEVICE_LED, "IAudio", false);
     }
@@ -297,7 +305,8 @@ private Q_SLOTS:
         QTest::addColumn<System::PlatformType>("platform");
         QTest::addColumn<QStringList>("expected");
         const QStringList common{"ID_LED_POWER ILed", "ID_AUDIO IAudio"};
-        const QStringList tolvex = common + QStringList{"ID_DISPLAY IDisplay"};
+        const QStringList tolvex =
+            common + QStringList{"ID_DISK_USER_DATA IDisk", "ID_DISK_SYSTEM IDisk", "ID_DISPLAY IDisplay"};
         const QStringList quarnel =
             common + QStringList{"ID_LED_WIFI ILed", "ID_BUTTON_POWER IButton", "ID_PWM IPwmEcg"};
         QTest::newRow("unknown") << System::PT_UNKNOWN << common;
@@ -335,6 +344,9 @@ private Q_SLOTS:
             }
             QVERIFY2(device, QTest::toString(id));
             QCOMPARE(QByteArray(device->metaObject()->className()), classes.value(id));
+        }
+        if (IDevicePtr disk = system->device(IDevice::ID_DISK_USER_DATA)) {
+            QCOMPARE(disk->path(), AppConfig::instance()->varPath(QStringLiteral("data")));
         }
 
         // apiReady comes after every start-up ability request has been served.

@@ -4,11 +4,13 @@
 #include "iaudio.h"
 #include "ibluetooth.h"
 #include "ibutton.h"
+#include "idisk.h"
 #include "idisplay.h"
 #include "iiocontroller.h"
 #include "iled.h"
 #include "ipwmecg.h"
 #include "isoundamplifier.h"
+#include "iusb.h"
 #include "ivibrator.h"
 #include "metaenum_p.h"
 
@@ -68,7 +70,7 @@ DeviceList::Creation DeviceList::create(IDevice::DeviceId id, IDevice::DeviceTyp
         return generic(QString());
     }
     if (type & D::DEVICE_DISK) {
-        return Creation{new IDevice(id, type, path), true};
+        return Creation{new IDisk(id, path), true};
     }
     if (type & D::DEVICE_VIBRATOR) {
         return Creation{new IVibrator(id), false};
@@ -80,7 +82,7 @@ DeviceList::Creation DeviceList::create(IDevice::DeviceId id, IDevice::DeviceTyp
         return Creation{new IPwmEcg(id), false};
     }
     if (type & D::DEVICE_USB) {
-        return generic(QString());
+        return Creation{new IUsb(id), false};
     }
     // DEVICE_CAN, DEVICE_HOST, DEVICE_POWER, DEVICE_FIGHT_MODE, DEVICE_UNKNOWN.
     return generic(path);

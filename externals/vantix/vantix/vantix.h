@@ -9,11 +9,13 @@
 #include <vantix/ibluetooth.h>
 #include <vantix/ibutton.h>
 #include <vantix/idevice.h>
+#include <vantix/idisk.h>
 #include <vantix/idisplay.h>
 #include <vantix/iiocontroller.h>
 #include <vantix/iled.h>
 #include <vantix/ipwmecg.h>
 #include <vantix/isoundamplifier.h>
+#include <vantix/iusb.h>
 #include <vantix/ivibrator.h>
 #include <vantix/listmodel.h>
 #include <vantix/system.h>
