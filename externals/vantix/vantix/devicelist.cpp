@@ -1,8 +1,19 @@
 #include "devicelist.h"
 
 #include "deviceprivate_p.h"
+#include "iaudio.h"
 #include "ibattery.h"
+#include "ibluetooth.h"
+#include "ibutton.h"
+#include "idisk.h"
+#include "idisplay.h"
+#include "iiocontroller.h"
+#include "iled.h"
+#include "ipwmecg.h"
 #include "isensor.h"
+#include "isoundamplifier.h"
+#include "iusb.h"
+#include "ivibrator.h"
 #include "metaenum_p.h"
 
 #include <QDebug>
@@ -24,24 +35,36 @@ DeviceList::Creation DeviceList::create(IDevice::DeviceId id, IDevice::DeviceTyp
     const auto generic = [&](const QString &devicePath) { return Creation{new IDevice(id, type, devicePath), false}; };
 
     if (type & D::DEVICE_AUDIO) {
+        if (id == D::ID_AUDIO) {
+            return Creation{new IAudio(id), false};
+        }
+        if (id == D::ID_SOUND_AMPLIFIER) {
+            return Creation{new ISoundAmplifier(id), false};
+        }
         return generic(path);
     }
     if (type & D::DEVICE_BATTERY) {
         return Creation{new IBattery(id), false, Pairing::Battery};
     }
     if (type & D::DEVICE_BUS) {
+        if (id == D::ID_BLUETOOTH) {
+            return Creation{new IBluetooth(id), false};
+        }
         return generic(path);
     }
     if (type & D::DEVICE_DISPLAY) {
-        return generic(QString());
+        return Creation{new IDisplay(id), false};
     }
     if (type & D::DEVICE_LED) {
-        return generic(QString());
+        return Creation{new ILed(id), false};
     }
     if (type & D::DEVICE_NETWORK) {
         return generic(QString());
     }
     if (type & D::DEVICE_SERIAL) {
+        if (id == D::ID_IOCONTROLLER) {
+            return Creation{new IIOController(id, type), false};
+        }
         // Serial devices other than the I/O controller never take the path.
         return generic(QString());
     }
@@ -49,19 +72,19 @@ DeviceList::Creation DeviceList::create(IDevice::DeviceId id, IDevice::DeviceTyp
         return Creation{new ISensor(id, type), false, Pairing::Sensor};
     }
     if (type & D::DEVICE_DISK) {
-        return Creation{new IDevice(id, type, path), true};
+        return Creation{new IDisk(id, path), true};
     }
     if (type & D::DEVICE_VIBRATOR) {
-        return generic(QString());
+        return Creation{new IVibrator(id), false};
     }
     if (type & D::DEVICE_BUTTON) {
-        return generic(QString());
+        return Creation{new IButton(id), false};
     }
     if (type & D::DEVICE_PWM) {
-        return generic(QString());
+        return Creation{new IPwmEcg(id), false};
     }
     if (type & D::DEVICE_USB) {
-        return generic(QString());
+        return Creation{new IUsb(id), false};
     }
     // DEVICE_CAN, DEVICE_HOST, DEVICE_POWER, DEVICE_FIGHT_MODE, DEVICE_UNKNOWN.
     return generic(path);

@@ -6,11 +6,22 @@
 #include <vantix/abstractlistmodel.h>
 #include <vantix/devicelist.h>
 #include <vantix/iapimessage.h>
+#include <vantix/iaudio.h>
 #include <vantix/ibattery.h>
+#include <vantix/ibluetooth.h>
+#include <vantix/ibutton.h>
 #include <vantix/icanmux.h>
 #include <vantix/idevice.h>
+#include <vantix/idisk.h>
+#include <vantix/idisplay.h>
+#include <vantix/iiocontroller.h>
+#include <vantix/iled.h>
+#include <vantix/ipwmecg.h>
 #include <vantix/isensor.h>
+#include <vantix/isoundamplifier.h>
 #include <vantix/itimesettings.h>
+#include <vantix/iusb.h>
+#include <vantix/ivibrator.h>
 #include <vantix/listmodel.h>
 #include <vantix/system.h>
 

@@ -1,6 +1,8 @@
 #include "systemprivate_p.h"
 
+#include "audioprivate_p.h"
 #include "batteryprivate_p.h"
+#include "buttonprivate_p.h"
 #include "canmuxprivate_p.h"
 #include "systeminfostore_p.h"
 #include "vantixdebug.h"
@@ -202,6 +204,20 @@ void SystemPrivate::overrideChargeToggle(IDevice::DeviceId id)
 {
     if (BatteryPrivate *battery = devicePrivate<BatteryPrivate>(id)) {
         battery->overrideChargeToggle();
+    }
+}
+
+void SystemPrivate::overrideJack(IAudio::JackFlags flags)
+{
+    if (AudioPrivate *audio = devicePrivate<AudioPrivate>(IDevice::ID_AUDIO)) {
+        audio->setJackFlags(flags);
+    }
+}
+
+void SystemPrivate::overrideButton(IDevice::DeviceId id, bool pressed)
+{
+    if (ButtonPrivate *button = devicePrivate<ButtonPrivate>(id)) {
+        button->setPressed(pressed);
     }
 }
 

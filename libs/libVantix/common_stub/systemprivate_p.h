@@ -2,6 +2,7 @@
 #define VANTIX_SYSTEMPRIVATE_P_H
 
 #include <vantix/devicelist.h>
+#include <vantix/iaudio.h>
 #include <vantix/system.h>
 #include <vantix/vantix_private_export.h>
 
@@ -41,6 +42,8 @@ public:
     void overrideChargeToggle(IDevice::DeviceId id);
     void overridePowerConnectedToggle(IDevice::DeviceId id);
     void overrideCurrent(IDevice::DeviceId id, double current);
+    void overrideJack(IAudio::JackFlags flags);
+    void overrideButton(IDevice::DeviceId id, bool pressed);
 
     /// The private object of device @p id if it is a @p P, else null.
     template<typename P>
