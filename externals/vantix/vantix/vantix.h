@@ -5,7 +5,10 @@
 
 #include <vantix/abstractlistmodel.h>
 #include <vantix/devicelist.h>
+#include <vantix/iaccesspoint.h>
 #include <vantix/idevice.h>
+#include <vantix/inetwork.h>
+#include <vantix/iwifi.h>
 #include <vantix/listmodel.h>
 #include <vantix/system.h>
 
