@@ -1,6 +1,8 @@
 #include "devicelist.h"
 
 #include "deviceprivate_p.h"
+#include "inetwork.h"
+#include "iwifi.h"
 #include "metaenum_p.h"
 
 #include <QDebug>
@@ -39,7 +41,13 @@ DeviceList::Creation DeviceList::create(IDevice::DeviceId id, IDevice::DeviceTyp
         return generic(QString());
     }
     if (type & D::DEVICE_NETWORK) {
-        return generic(QString());
+        if (id == D::ID_NETWORK_WIFI) {
+            return Creation{new IWifi(id), false};
+        }
+        if (id == D::ID_NETWORK_WIFI_P2P) {
+            return generic(QString());
+        }
+        return Creation{new INetwork(id), false};
     }
     if (type & D::DEVICE_SERIAL) {
         // Serial devices other than the I/O controller never take the path.

@@ -1,6 +1,8 @@
 #include "systemprivate_p.h"
 
+#include "networkprivate_p.h"
 #include "vantixdebug.h"
+#include "wifiprivate_p.h"
 
 #include <qbcommon/appconfig.h>
 
@@ -175,6 +177,55 @@ void SystemPrivate::overridePowerConnectedToggle(IDevice::DeviceId id)
     DevicePrivate *device = devicePrivate<DevicePrivate>(id);
     if (device) {
         device->setStatus(device->status ^ IDevice::F_POWER_CONNECTED);
+    }
+}
+
+void SystemPrivate::overrideNetworkState(IDevice::DeviceId id, INetwork::NetworkState state)
+{
+    if (NetworkPrivate *network = devicePrivate<NetworkPrivate>(id)) {
+        network->overrideNetworkState(state);
+    }
+}
+
+void SystemPrivate::overrideIP(IDevice::DeviceId id, const QString &ip)
+{
+    if (NetworkPrivate *network = devicePrivate<NetworkPrivate>(id)) {
+        network->overrideIP(ip);
+    }
+}
+
+void SystemPrivate::overrideSSID(const QString &ssid)
+{
+    if (WifiPrivate *wifi = devicePrivate<WifiPrivate>(IDevice::ID_NETWORK_WIFI)) {
+        wifi->overrideSSID(ssid);
+    }
+}
+
+void SystemPrivate::overrideWifiChannel(int channel)
+{
+    if (WifiPrivate *wifi = devicePrivate<WifiPrivate>(IDevice::ID_NETWORK_WIFI)) {
+        wifi->overrideWifiChannel(channel);
+    }
+}
+
+void SystemPrivate::overrideWifiSignalStrength(int strength)
+{
+    if (WifiPrivate *wifi = devicePrivate<WifiPrivate>(IDevice::ID_NETWORK_WIFI)) {
+        wifi->overrideWifiSignalStrength(strength);
+    }
+}
+
+void SystemPrivate::overrideWifiEnabled(bool enabled)
+{
+    if (WifiPrivate *wifi = devicePrivate<WifiPrivate>(IDevice::ID_NETWORK_WIFI)) {
+        wifi->overrideWifiEnabled(enabled);
+    }
+}
+
+void SystemPrivate::overrideWifiCountry(const QString &country)
+{
+    if (WifiPrivate *wifi = devicePrivate<WifiPrivate>(IDevice::ID_NETWORK_WIFI)) {
+        wifi->overrideWifiCountry(country);
     }
 }
 

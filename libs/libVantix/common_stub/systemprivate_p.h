@@ -2,6 +2,7 @@
 #define VANTIX_SYSTEMPRIVATE_P_H
 
 #include <vantix/devicelist.h>
+#include <vantix/inetwork.h>
 #include <vantix/system.h>
 #include <vantix/vantix_private_export.h>
 
@@ -38,6 +39,14 @@ public:
 
     // Overrides of simulated values.
     void overridePowerConnectedToggle(IDevice::DeviceId id);
+    void overrideNetworkState(IDevice::DeviceId id, INetwork::NetworkState state);
+    void overrideIP(IDevice::DeviceId id, const QString &ip);
+    // These act on the ID_NETWORK_WIFI device.
+    void overrideSSID(const QString &ssid);
+    void overrideWifiChannel(int channel);
+    void overrideWifiSignalStrength(int strength);
+    void overrideWifiEnabled(bool enabled);
+    void overrideWifiCountry(const QString &country);
 
     /// The private object of device @p id if it is a @p P, else null.
     template<typename P>
