@@ -1,5 +1,7 @@
 #include "devicewatcher.h"
 
+#include <vantix/inetwork.h>
+#include <vantix/iwifi.h>
 #include <vantix/system.h>
 
 #include <QMetaEnum>
@@ -81,6 +83,20 @@ void DeviceWatcher::watchDevice(const IDevicePtr &device)
     connect(raw, &IDevice::statusChanged, this, [this, name](IDevice::DeviceFlags status) {
         event(QStringLiteral("%1 statusChanged %2").arg(name, keys(status)));
     });
+    if (auto *network = qobject_cast<INetwork *>(raw)) {
+        connect(network, &INetwork::networkStateChanged, this, [this, name](INetwork::NetworkState state) {
+            event(QStringLiteral("%1 networkStateChanged %2").arg(name, key(state)));
+        });
+        connect(network, &INetwork::ipChanged, this,
+            [this, name](const QString &ip) { event(QStringLiteral("%1 ipChanged \"%2\"").arg(name, ip)); });
+    }
+    if (auto *wifi = qobject_cast<IWifi *>(raw)) {
+        connect(wifi, &IWifi::wifiSsidChanged, this,
+            [this, name](const QString &ssid) { event(QStringLiteral("%1 wifiSsidChanged \"%2\"").arg(name, ssid)); });
+        connect(wifi, &IWifi::wifiSignalStrengthChanged, this, [this, name](int strength) {
+            event(QStringLiteral("%1 wifiSignalStrengthChanged %2").arg(name).arg(strength));
+        });
+    }
 }
 
 void DeviceWatcher::event(const QString &text)

@@ -11,7 +11,10 @@ namespace TQ_SPAPI {
 class System;
 }
 
-/// Prints the device table and a line for every device arrival, removal and status change.
+/**
+ * Prints the device table and a line for every device arrival, removal and
+ * status change, and for the network values as they change.
+ */
 class DeviceWatcher : public QObject
 {
     Q_OBJECT

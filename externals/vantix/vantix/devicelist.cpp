@@ -9,11 +9,13 @@
 #include "idisplay.h"
 #include "iiocontroller.h"
 #include "iled.h"
+#include "inetwork.h"
 #include "ipwmecg.h"
 #include "isensor.h"
 #include "isoundamplifier.h"
 #include "iusb.h"
 #include "ivibrator.h"
+#include "iwifi.h"
 #include "metaenum_p.h"
 
 #include <QDebug>
@@ -59,7 +61,13 @@ DeviceList::Creation DeviceList::create(IDevice::DeviceId id, IDevice::DeviceTyp
         return Creation{new ILed(id), false};
     }
     if (type & D::DEVICE_NETWORK) {
-        return generic(QString());
+        if (id == D::ID_NETWORK_WIFI) {
+            return Creation{new IWifi(id), false};
+        }
+        if (id == D::ID_NETWORK_WIFI_P2P) {
+            return generic(QString());
+        }
+        return Creation{new INetwork(id), false};
     }
     if (type & D::DEVICE_SERIAL) {
         if (id == D::ID_IOCONTROLLER) {

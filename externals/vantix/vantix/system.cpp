@@ -1,5 +1,7 @@
 #include "system.h"
 
+#include "inetwork.h"
+#include "iwifi.h"
 #include "systemprivate_p.h"
 
 #include <QCoreApplication>
@@ -37,6 +39,8 @@ System *System::instance()
     qRegisterMetaType<IDevice::DeviceFlags>("DeviceFlags");
     qRegisterMetaType<IDevice::DeviceId>("IDevice::DeviceId");
     qRegisterMetaType<System::FligtModeFlags>("FligtModeFlags");
+    qRegisterMetaType<INetwork::NetworkState>("NetworkState");
+    qRegisterMetaType<IWifi::ReconnectState>("ReconnectState");
     sysRef_ = new System(QCoreApplication::instance());
     return sysRef_;
 }

@@ -5,6 +5,7 @@
 
 #include <vantix/abstractlistmodel.h>
 #include <vantix/devicelist.h>
+#include <vantix/iaccesspoint.h>
 #include <vantix/iapimessage.h>
 #include <vantix/iaudio.h>
 #include <vantix/ibattery.h>
@@ -16,12 +17,14 @@
 #include <vantix/idisplay.h>
 #include <vantix/iiocontroller.h>
 #include <vantix/iled.h>
+#include <vantix/inetwork.h>
 #include <vantix/ipwmecg.h>
 #include <vantix/isensor.h>
 #include <vantix/isoundamplifier.h>
 #include <vantix/itimesettings.h>
 #include <vantix/iusb.h>
 #include <vantix/ivibrator.h>
+#include <vantix/iwifi.h>
 #include <vantix/listmodel.h>
 #include <vantix/system.h>
 

@@ -4,8 +4,10 @@
 #include "batteryprivate_p.h"
 #include "buttonprivate_p.h"
 #include "canmuxprivate_p.h"
+#include "networkprivate_p.h"
 #include "systeminfostore_p.h"
 #include "vantixdebug.h"
+#include "wifiprivate_p.h"
 
 #include <vantix/iapimessage.h>
 #include <vantix/icanmux.h>
@@ -240,6 +242,55 @@ void SystemPrivate::overrideCurrent(IDevice::DeviceId id, double current)
 {
     if (BatteryPrivate *battery = devicePrivate<BatteryPrivate>(id)) {
         battery->overrideCurrent(current);
+    }
+}
+
+void SystemPrivate::overrideNetworkState(IDevice::DeviceId id, INetwork::NetworkState state)
+{
+    if (NetworkPrivate *network = devicePrivate<NetworkPrivate>(id)) {
+        network->overrideNetworkState(state);
+    }
+}
+
+void SystemPrivate::overrideIP(IDevice::DeviceId id, const QString &ip)
+{
+    if (NetworkPrivate *network = devicePrivate<NetworkPrivate>(id)) {
+        network->overrideIP(ip);
+    }
+}
+
+void SystemPrivate::overrideSSID(const QString &ssid)
+{
+    if (WifiPrivate *wifi = devicePrivate<WifiPrivate>(IDevice::ID_NETWORK_WIFI)) {
+        wifi->overrideSSID(ssid);
+    }
+}
+
+void SystemPrivate::overrideWifiChannel(int channel)
+{
+    if (WifiPrivate *wifi = devicePrivate<WifiPrivate>(IDevice::ID_NETWORK_WIFI)) {
+        wifi->overrideWifiChannel(channel);
+    }
+}
+
+void SystemPrivate::overrideWifiSignalStrength(int strength)
+{
+    if (WifiPrivate *wifi = devicePrivate<WifiPrivate>(IDevice::ID_NETWORK_WIFI)) {
+        wifi->overrideWifiSignalStrength(strength);
+    }
+}
+
+void SystemPrivate::overrideWifiEnabled(bool enabled)
+{
+    if (WifiPrivate *wifi = devicePrivate<WifiPrivate>(IDevice::ID_NETWORK_WIFI)) {
+        wifi->overrideWifiEnabled(enabled);
+    }
+}
+
+void SystemPrivate::overrideWifiCountry(const QString &country)
+{
+    if (WifiPrivate *wifi = devicePrivate<WifiPrivate>(IDevice::ID_NETWORK_WIFI)) {
+        wifi->overrideWifiCountry(country);
     }
 }
 

@@ -3,6 +3,7 @@
 
 #include <vantix/devicelist.h>
 #include <vantix/iaudio.h>
+#include <vantix/inetwork.h>
 #include <vantix/system.h>
 #include <vantix/vantix_private_export.h>
 
@@ -44,6 +45,14 @@ public:
     void overrideCurrent(IDevice::DeviceId id, double current);
     void overrideJack(IAudio::JackFlags flags);
     void overrideButton(IDevice::DeviceId id, bool pressed);
+    void overrideNetworkState(IDevice::DeviceId id, INetwork::NetworkState state);
+    void overrideIP(IDevice::DeviceId id, const QString &ip);
+    // These act on the ID_NETWORK_WIFI device.
+    void overrideSSID(const QString &ssid);
+    void overrideWifiChannel(int channel);
+    void overrideWifiSignalStrength(int strength);
+    void overrideWifiEnabled(bool enabled);
+    void overrideWifiCountry(const QString &country);
 
     /// The private object of device @p id if it is a @p P, else null.
     template<typename P>
