@@ -158,9 +158,9 @@ void TestDeviceList::flightModeDevicesAreNotEnabled()
 {
     DeviceList list;
     const IDevicePtr radio =
-        list.add(IDevice::ID_NETWORK_WIFI, IDevice::DEVICE_NETWORK | IDevice::DEVICE_FIGHT_MODE, QString(), 0);
-    const IDevicePtr lan = list.add(IDevice::ID_NETWORK_LAN, IDevice::DEVICE_NETWORK, QString(), 0);
-    QTRY_COMPARE(lan->status(), IDevice::DeviceFlags(IDevice::F_ENABLE));
+        list.add(IDevice::ID_POWER_MANIKIN_5V, IDevice::DEVICE_POWER | IDevice::DEVICE_FIGHT_MODE, QString(), 0);
+    const IDevicePtr supply = list.add(IDevice::ID_POWER_SUPPLY, IDevice::DEVICE_POWER, QString(), 0);
+    QTRY_COMPARE(supply->status(), IDevice::DeviceFlags(IDevice::F_ENABLE));
     QCOMPARE(radio->status(), IDevice::DeviceFlags());
 }
 
