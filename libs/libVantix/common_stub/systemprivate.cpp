@@ -195,103 +195,78 @@ void SystemPrivate::removeDevice(IDevice::DeviceId id)
     deviceList->remove(quint32(id));
 }
 
+// Each override acts only on a device of the expected kind; anything else is skipped.
+
 void SystemPrivate::overrideFuelGauge(IDevice::DeviceId id, int value)
 {
-    if (BatteryPrivate *battery = devicePrivate<BatteryPrivate>(id)) {
-        battery->overrideFuelGauge(value);
-    }
+    apply(id, &BatteryPrivate::overrideFuelGauge, value);
 }
 
 void SystemPrivate::overrideChargeToggle(IDevice::DeviceId id)
 {
-    if (BatteryPrivate *battery = devicePrivate<BatteryPrivate>(id)) {
-        battery->overrideChargeToggle();
-    }
-}
-
-void SystemPrivate::overrideJack(IAudio::JackFlags flags)
-{
-    if (AudioPrivate *audio = devicePrivate<AudioPrivate>(IDevice::ID_AUDIO)) {
-        audio->setJackFlags(flags);
-    }
-}
-
-void SystemPrivate::overrideButton(IDevice::DeviceId id, bool pressed)
-{
-    if (ButtonPrivate *button = devicePrivate<ButtonPrivate>(id)) {
-        button->setPressed(pressed);
-    }
+    apply(id, &BatteryPrivate::overrideChargeToggle);
 }
 
 void SystemPrivate::overridePowerConnectedToggle(IDevice::DeviceId id)
 {
     if (id == IDevice::ID_BATTERY_1ST || id == IDevice::ID_BATTERY_2ND) {
         // A battery marks the change as forced; anything else at these ids is left alone.
-        if (BatteryPrivate *battery = devicePrivate<BatteryPrivate>(id)) {
-            battery->overridePowerConnectedToggle();
-        }
+        apply(id, &BatteryPrivate::overridePowerConnectedToggle);
         return;
     }
-    DevicePrivate *device = devicePrivate<DevicePrivate>(id);
-    if (device) {
+    if (DevicePrivate *device = devicePrivate<DevicePrivate>(id)) {
         device->setStatus(device->status ^ IDevice::F_POWER_CONNECTED);
     }
 }
 
 void SystemPrivate::overrideCurrent(IDevice::DeviceId id, double current)
 {
-    if (BatteryPrivate *battery = devicePrivate<BatteryPrivate>(id)) {
-        battery->overrideCurrent(current);
-    }
+    apply(id, &BatteryPrivate::overrideCurrent, current);
+}
+
+void SystemPrivate::overrideJack(IAudio::JackFlags flags)
+{
+    apply(IDevice::ID_AUDIO, &AudioPrivate::setJackFlags, flags);
+}
+
+void SystemPrivate::overrideButton(IDevice::DeviceId id, bool pressed)
+{
+    apply(id, &ButtonPrivate::setPressed, pressed);
 }
 
 void SystemPrivate::overrideNetworkState(IDevice::DeviceId id, INetwork::NetworkState state)
 {
-    if (NetworkPrivate *network = devicePrivate<NetworkPrivate>(id)) {
-        network->overrideNetworkState(state);
-    }
+    apply(id, &NetworkPrivate::overrideNetworkState, state);
 }
 
 void SystemPrivate::overrideIP(IDevice::DeviceId id, const QString &ip)
 {
-    if (NetworkPrivate *network = devicePrivate<NetworkPrivate>(id)) {
-        network->overrideIP(ip);
-    }
+    apply(id, &NetworkPrivate::overrideIP, ip);
 }
 
 void SystemPrivate::overrideSSID(const QString &ssid)
 {
-    if (WifiPrivate *wifi = devicePrivate<WifiPrivate>(IDevice::ID_NETWORK_WIFI)) {
-        wifi->overrideSSID(ssid);
-    }
+    apply(IDevice::ID_NETWORK_WIFI, &WifiPrivate::overrideSSID, ssid);
 }
 
 void SystemPrivate::overrideWifiChannel(int channel)
 {
-    if (WifiPrivate *wifi = devicePrivate<WifiPrivate>(IDevice::ID_NETWORK_WIFI)) {
-        wifi->overrideWifiChannel(channel);
-    }
+    apply(IDevice::ID_NETWORK_WIFI, &WifiPrivate::overrideWifiChannel, channel);
 }
 
 void SystemPrivate::overrideWifiSignalStrength(int strength)
 {
-    if (WifiPrivate *wifi = devicePrivate<WifiPrivate>(IDevice::ID_NETWORK_WIFI)) {
-        wifi->overrideWifiSignalStrength(strength);
-    }
+    apply(IDevice::ID_NETWORK_WIFI, &WifiPrivate::overrideWifiSignalStrength, strength);
 }
 
 void SystemPrivate::overrideWifiEnabled(bool enabled)
 {
-    if (WifiPrivate *wifi = devicePrivate<WifiPrivate>(IDevice::ID_NETWORK_WIFI)) {
-        wifi->overrideWifiEnabled(enabled);
-    }
+    apply(IDevice::ID_NETWORK_WIFI, &WifiPrivate::overrideWifiEnabled, enabled);
 }
 
 void SystemPrivate::overrideWifiCountry(const QString &country)
 {
-    if (WifiPrivate *wifi = devicePrivate<WifiPrivate>(IDevice::ID_NETWORK_WIFI)) {
-        wifi->overrideWifiCountry(country);
-    }
+    apply(IDevice::ID_NETWORK_WIFI, &WifiPrivate::overrideWifiCountry, country);
 }
 
 } // namespace TQ_SPAPI

@@ -11,6 +11,8 @@
 
 #include <QObject>
 
+#include <utility>
+
 namespace TQ_SPAPI {
 
 /**
@@ -59,6 +61,15 @@ public:
     P *devicePrivate(IDevice::DeviceId id) const
     {
         return qobject_cast<P *>(DevicePrivate::get(deviceList->device(quint32(id)).data()));
+    }
+
+    /// Runs @p operation on the private of device @p id if it is a @p P; otherwise nothing.
+    template<typename P, typename... Params, typename... Args>
+    void apply(IDevice::DeviceId id, void (P::*operation)(Params...), Args &&...args) const
+    {
+        if (P *p = devicePrivate<P>(id)) {
+            (p->*operation)(std::forward<Args>(args)...);
+        }
     }
 
     System *q;

@@ -1,13 +1,29 @@
 #include "vantixdebug.h"
 
+#include "metaenum_p.h"
 #include "systemprivate_p.h"
 
-#include <qbcom/parametercontroller.h>
-#include <qbcom/qbparameter.h>
+#include <vantix/idisk.h>
+
+#include <qbcommon/appconfig.h>
 
 #include <QDebug>
+#include <QDir>
+
+#include <utility>
 
 namespace TQ_SPAPI {
+
+namespace {
+// Runs an operation of the attached simulation; without one, nothing happens.
+template<typename... Params, typename... Args>
+void forward(SystemPrivate *system, void (SystemPrivate::*operation)(Params...), Args &&...args)
+{
+    if (system) {
+        (system->*operation)(std::forward<Args>(args)...);
+    }
+}
+} // namespace
 
 VantixDebug::VantixDebug() = default;
 
@@ -26,91 +42,175 @@ void VantixDebug::setSystemPrivate(SystemPrivate *p)
 
 void VantixDebug::detachSystemPrivate(SystemPrivate *p)
 {
-    if (m_systemPrivate == p) {
-        m_systemPrivate = nullptr;
-    }
-}
-
-void VantixDebug::setParameterController(TQ_QBCom::ParameterController &controller)
-{
-    auto *parameter = new TQ_QBCom::QBParameter(QStringLiteral("VantixDebug"), QVariant(QString()), QVariant());
-    m_parameter = controller.addParameter(parameter);
-    connect(m_parameter, &TQ_QBCom::QBParameter::valueChanged, this, &VantixDebug::onVantixDebugChanged);
-}
-
-void VantixDebug::onVantixDebugChanged(QString newValue)
-{
-    // Blanks are kept: "addbattery, 2" names the battery " 2", not "2".
-    const QStringList tokens = newValue.split(QLatin1Char(','), Qt::SkipEmptyParts);
-    if (tokens.isEmpty()) {
+    if (m_systemPrivate != p) {
         return;
     }
-    if (!runCommand(tokens.first().toLower(), tokens.mid(1))) {
-        qDebug() << "Illegal command";
+    m_systemPrivate = nullptr;
+    // The ports belonged to that system; a fresh one starts unplugged.
+    m_otgA.clear();
+    m_otgB.clear();
+    m_usb.clear();
+}
+
+IDevicePtr VantixDebug::device(IDevice::DeviceId id) const
+{
+    return m_systemPrivate ? m_systemPrivate->deviceList->device(quint32(id)) : IDevicePtr();
+}
+
+void VantixDebug::addOtgA()
+{
+    qDebug();
+    if (!m_systemPrivate) {
+        return;
+    }
+    m_otgA = m_systemPrivate->addDevice(IDevice::ID_USB_OTG_A, IDevice::DEVICE_USB, QString());
+    connect(m_otgA.data(), &IDevice::statusChanged, this, &VantixDebug::onDeviceStatusChanged, Qt::UniqueConnection);
+}
+
+void VantixDebug::rmOtgA()
+{
+    qDebug();
+    // The stick the port brought goes first.
+    forward(m_systemPrivate, &SystemPrivate::removeDevice, IDevice::ID_DISK_USB);
+    forward(m_systemPrivate, &SystemPrivate::removeDevice, IDevice::ID_USB_OTG_A);
+    m_otgA.clear();
+}
+
+void VantixDebug::addOtgB()
+{
+    qDebug();
+    if (!m_systemPrivate) {
+        return;
+    }
+    m_otgB = m_systemPrivate->addDevice(IDevice::ID_USB_OTG_B, IDevice::DEVICE_USB, QString());
+    connect(m_otgB.data(), &IDevice::statusChanged, this, &VantixDebug::onDeviceStatusChanged, Qt::UniqueConnection);
+}
+
+void VantixDebug::rmOtgB()
+{
+    qDebug();
+    forward(m_systemPrivate, &SystemPrivate::removeDevice, IDevice::ID_USB_OTG_B);
+    m_otgB.clear();
+}
+
+void VantixDebug::addUsb()
+{
+    qDebug();
+    if (m_systemPrivate) {
+        m_usb = m_systemPrivate->addDevice(IDevice::ID_USB, IDevice::DEVICE_USB, QString());
     }
 }
 
-namespace {
-// The battery a selector names: the second only for exactly "2".
-IDevice::DeviceId batteryOf(const QStringList &args)
+void VantixDebug::rmUsb()
 {
-    return !args.isEmpty() && args.first() == QLatin1String("2") ? IDevice::ID_BATTERY_2ND : IDevice::ID_BATTERY_1ST;
+    qDebug();
+    forward(m_systemPrivate, &SystemPrivate::removeDevice, IDevice::ID_USB);
+    m_usb.clear();
 }
-} // namespace
 
-// Compared in order; a command lacking a required argument matches nothing.
-bool VantixDebug::runCommand(const QString &command, const QStringList &args)
+void VantixDebug::onDeviceStatusChanged(IDevice::DeviceFlags deviceStatus)
 {
-    if (command == QLatin1String("addbattery")) {
-        addBattery(batteryOf(args));
-    } else if (command == QLatin1String("rmbattery")) {
-        removeBattery(batteryOf(args));
-    } else {
+    auto *sender = qobject_cast<IDevice *>(this->sender());
+    qDebug() << (sender ? enumKey(sender->id()) : QByteArray()).constData() << flagKeys(deviceStatus).constData();
+    if (!sender || !sender->status().testFlag(IDevice::F_ACTIVE) || !m_systemPrivate) {
+        return;
+    }
+    if (sender == m_otgA.data()) {
+        // An active port A brings the USB stick, a folder under the share path.
+        const QString folder = AppConfig::instance()->sharePath(QStringLiteral("usbdisk"));
+        QDir().mkpath(folder);
+        m_systemPrivate->addDevice(IDevice::ID_DISK_USB, IDevice::DEVICE_DISK, QDir(folder).absolutePath());
+    } else if (sender == m_otgB.data()) {
+        // Port B connected to a host: the host now owns the user data.
+        if (auto *disk = qobject_cast<IDisk *>(device(IDevice::ID_DISK_USER_DATA).data())) {
+            disk->unmount();
+        }
+    }
+}
+
+bool VantixDebug::toggleJack(IAudio::JackFlag flag)
+{
+    auto *audio = qobject_cast<IAudio *>(device(IDevice::ID_AUDIO).data());
+    if (!audio) {
         return false;
     }
+    overrideJack(audio->jackFlags() ^ flag);
     return true;
+}
+
+void VantixDebug::pressPowerButton(bool pressed)
+{
+    forward(m_systemPrivate, &SystemPrivate::overrideButton, IDevice::ID_BUTTON_POWER, pressed);
 }
 
 void VantixDebug::addBattery(IDevice::DeviceId id)
 {
-    if (m_systemPrivate) {
-        m_systemPrivate->addBattery(id);
-    }
+    forward(m_systemPrivate, &SystemPrivate::addBattery, id);
 }
 
 void VantixDebug::removeBattery(IDevice::DeviceId id)
 {
-    if (m_systemPrivate) {
-        m_systemPrivate->removeBattery(id);
-    }
+    forward(m_systemPrivate, &SystemPrivate::removeBattery, id);
 }
 
-void VantixDebug::overrideFuelGauge(IDevice::DeviceId id, int value)
+void VantixDebug::overrideJack(IAudio::JackFlags flags)
 {
-    if (m_systemPrivate) {
-        m_systemPrivate->overrideFuelGauge(id, value);
-    }
+    forward(m_systemPrivate, &SystemPrivate::overrideJack, flags);
+}
+
+void VantixDebug::overrideFuelGauge(IDevice::DeviceId id, int percent)
+{
+    forward(m_systemPrivate, &SystemPrivate::overrideFuelGauge, id, percent);
 }
 
 void VantixDebug::overrideChargeToggle(IDevice::DeviceId id)
 {
-    if (m_systemPrivate) {
-        m_systemPrivate->overrideChargeToggle(id);
-    }
+    forward(m_systemPrivate, &SystemPrivate::overrideChargeToggle, id);
 }
 
 void VantixDebug::overridePowerConnectedToggle(IDevice::DeviceId id)
 {
-    if (m_systemPrivate) {
-        m_systemPrivate->overridePowerConnectedToggle(id);
-    }
+    forward(m_systemPrivate, &SystemPrivate::overridePowerConnectedToggle, id);
 }
 
 void VantixDebug::overrideCurrent(IDevice::DeviceId id, double current)
 {
-    if (m_systemPrivate) {
-        m_systemPrivate->overrideCurrent(id, current);
-    }
+    forward(m_systemPrivate, &SystemPrivate::overrideCurrent, id, current);
+}
+
+void VantixDebug::overrideNetworkState(IDevice::DeviceId id, INetwork::NetworkState state)
+{
+    forward(m_systemPrivate, &SystemPrivate::overrideNetworkState, id, state);
+}
+
+void VantixDebug::overrideIP(IDevice::DeviceId id, const QString &ip)
+{
+    forward(m_systemPrivate, &SystemPrivate::overrideIP, id, ip);
+}
+
+void VantixDebug::overrideSSID(const QString &ssid)
+{
+    forward(m_systemPrivate, &SystemPrivate::overrideSSID, ssid);
+}
+
+void VantixDebug::overrideWifiChannel(int channel)
+{
+    forward(m_systemPrivate, &SystemPrivate::overrideWifiChannel, channel);
+}
+
+void VantixDebug::overrideWifiSignalStrength(int strength)
+{
+    forward(m_systemPrivate, &SystemPrivate::overrideWifiSignalStrength, strength);
+}
+
+void VantixDebug::overrideWifiEnabled(bool enabled)
+{
+    forward(m_systemPrivate, &SystemPrivate::overrideWifiEnabled, enabled);
+}
+
+void VantixDebug::overrideWifiCountry(const QString &country)
+{
+    forward(m_systemPrivate, &SystemPrivate::overrideWifiCountry, country);
 }
 
 } // namespace TQ_SPAPI

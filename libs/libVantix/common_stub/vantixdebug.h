@@ -1,10 +1,14 @@
 #ifndef VANTIX_VANTIXDEBUG_H
 #define VANTIX_VANTIXDEBUG_H
 
+#include <vantix/iaudio.h>
 #include <vantix/idevice.h>
+#include <vantix/inetwork.h>
 #include <vantix/vantix_export.h>
 
 #include <QObject>
+
+class QKeyEvent;
 
 namespace TQ_QBCom {
 class ParameterController;
@@ -16,10 +20,12 @@ namespace TQ_SPAPI {
 class SystemPrivate;
 
 /**
- * Lets a developer drive the simulated hardware while an application runs.
- * Every operation ends in the system's own override operations, so the
- * application sees the devices' ordinary change signals. Test code may call
- * the operations directly. One instance per process, never deleted by anyone.
+ * Lets a developer drive the simulated hardware while an application runs:
+ * text commands written to the parameter "VantixDebug", keyboard shortcuts
+ * (install instance() as an event filter), and the operations below, which
+ * test code may call directly. Every action ends in the system's own override
+ * operations, so the application sees the devices' ordinary change signals.
+ * One instance per process, never deleted by anyone.
  */
 class VANTIX_EXPORT VantixDebug : public QObject
 {
@@ -30,7 +36,7 @@ public:
 
     /// Attaches the simulation that executes every action; done by System::initialize().
     void setSystemPrivate(SystemPrivate *p);
-    /// Detaches @p p if it is the attached one; done when a System goes away.
+    /// Detaches @p p if it is the attached one, forgetting what was plugged; done when a System goes away.
     void detachSystemPrivate(SystemPrivate *p);
     /**
      * Adds the parameter "VantixDebug" to @p controller; every text written
@@ -38,24 +44,57 @@ public:
      */
     void setParameterController(TQ_QBCom::ParameterController &controller);
 
+    bool eventFilter(QObject *watched, QEvent *event) override;
+    bool onKeyPressEvent(QKeyEvent *event);
+    /// Runs the shortcut of a released key; true when the key is consumed.
+    bool onKeyReleaseEvent(QKeyEvent *event);
+
+    // Hot-plug of the USB device and the two OTG ports.
+    void addOtgA();
+    void rmOtgA();
+    void addOtgB();
+    void rmOtgB();
+    void addUsb();
+    void rmUsb();
+
+    // Overrides of simulated hardware; they do nothing while no System is initialised.
     void addBattery(IDevice::DeviceId id);
     void removeBattery(IDevice::DeviceId id);
-    void overrideFuelGauge(IDevice::DeviceId id, int value);
+    void overrideJack(IAudio::JackFlags flags);
+    void overrideFuelGauge(IDevice::DeviceId id, int percent);
     void overrideChargeToggle(IDevice::DeviceId id);
     void overridePowerConnectedToggle(IDevice::DeviceId id);
     void overrideCurrent(IDevice::DeviceId id, double current);
+    void overrideNetworkState(IDevice::DeviceId id, INetwork::NetworkState state);
+    void overrideIP(IDevice::DeviceId id, const QString &ip);
+    void overrideSSID(const QString &ssid);
+    void overrideWifiChannel(int channel);
+    void overrideWifiSignalStrength(int strength);
+    void overrideWifiEnabled(bool enabled);
+    void overrideWifiCountry(const QString &country);
 
 private Q_SLOTS:
     void onVantixDebugChanged(QString newValue);
+    void onDeviceStatusChanged(TQ_SPAPI::IDevice::DeviceFlags deviceStatus);
 
 private:
     VantixDebug();
-    bool runCommand(const QString &command, const QStringList &args);
-
     ~VantixDebug() override;
+
+    bool runCommand(const QString &command, const QStringList &args);
+    /// Flips one jack bit of the audio device; false when there is no audio device.
+    bool toggleJack(IAudio::JackFlag flag);
+    void pressPowerButton(bool pressed);
+    void stepNetworkCycle();
+    void stepWifiSignal();
+    void toggleTestOffline();
+    IDevicePtr device(IDevice::DeviceId id) const;
 
     SystemPrivate *m_systemPrivate = nullptr;
     TQ_QBCom::QBParameter *m_parameter = nullptr;
+    IDevicePtr m_otgA;
+    IDevicePtr m_otgB;
+    IDevicePtr m_usb;
 
     Q_DISABLE_COPY(VantixDebug)
 };

@@ -1,0 +1,151 @@
+// The keyboard shortcuts of the debug controller.
+
+#include "vantixdebug.h"
+
+#include "systemprivate_p.h"
+
+#include <qbcommon/networkmanager.h>
+
+#include <QCoreApplication>
+#include <QDebug>
+#include <QKeyEvent>
+
+namespace TQ_SPAPI {
+
+namespace {
+using D = IDevice;
+
+// Position in the four-step wired/Wi-Fi cycle and the last simulated Wi-Fi
+// signal; they live as long as the process.
+int s_networkCycle = 0;
+int s_wifiSignal = 0;
+
+// A text that is passed on, never parsed; the five parts are deliberate.
+const QString FakeAddress = QStringLiteral("10.1.2.3.4/24");
+} // namespace
+
+bool VantixDebug::eventFilter(QObject *watched, QEvent *event)
+{
+    Q_UNUSED(watched)
+    switch (event->type()) {
+    case QEvent::KeyPress:
+        onKeyPressEvent(static_cast<QKeyEvent *>(event));
+        return false;
+    case QEvent::KeyRelease:
+        return onKeyReleaseEvent(static_cast<QKeyEvent *>(event));
+    default:
+        return false;
+    }
+}
+
+bool VantixDebug::onKeyPressEvent(QKeyEvent *event)
+{
+    // Shortcuts act on release only.
+    Q_UNUSED(event)
+    return false;
+}
+
+bool VantixDebug::onKeyReleaseEvent(QKeyEvent *event)
+{
+    // Keys synthesised by the application itself and held-down repeats never count.
+    if (!m_systemPrivate || !event->spontaneous() || event->isAutoRepeat()) {
+        return false;
+    }
+    const Qt::KeyboardModifiers modifiers = event->modifiers();
+    const int key = event->key();
+
+    if (modifiers == Qt::KeypadModifier) {
+        switch (key) {
+        case Qt::Key_1:
+            qDebug() << "Start Low power";
+            m_systemPrivate->overrideFuelGauge(D::ID_BATTERY_1ST, 15);
+            return true;
+        case Qt::Key_2:
+            qDebug() << "Start Critial power";
+            m_systemPrivate->overrideFuelGauge(D::ID_BATTERY_1ST, 10);
+            return true;
+        case Qt::Key_3:
+            qDebug() << "Start Shutdown power";
+            m_systemPrivate->overrideFuelGauge(D::ID_BATTERY_1ST, 5);
+            return true;
+        case Qt::Key_7:
+            stepNetworkCycle();
+            return true;
+        case Qt::Key_8:
+            stepWifiSignal();
+            return true;
+        default:
+            return false;
+        }
+    }
+    if (modifiers == Qt::NoModifier) {
+        switch (key) {
+        case Qt::Key_F2:
+            return toggleJack(IAudio::JACK_HEADPHONE);
+        case Qt::Key_F3:
+            return toggleJack(IAudio::JACK_MIC);
+        case Qt::Key_F4:
+            // Passed on to the application as well.
+            m_otgB ? rmOtgB() : addOtgB();
+            return false;
+        case Qt::Key_F9:
+            m_systemPrivate->overridePowerConnectedToggle(D::ID_POWER_SUPPLY);
+            return true;
+        default:
+            return false;
+        }
+    }
+    if (modifiers == Qt::ShiftModifier && key == Qt::Key_F4) {
+        m_usb ? rmUsb() : addUsb();
+        return false;
+    }
+    if (modifiers == Qt::ControlModifier && key == Qt::Key_F4) {
+        toggleTestOffline();
+        return true;
+    }
+    return false;
+}
+
+void VantixDebug::stepNetworkCycle()
+{
+    s_networkCycle = (s_networkCycle + 1) % 4;
+    if (s_networkCycle & 1) {
+        qDebug() << "Wired active (fake ip)";
+        m_systemPrivate->overrideNetworkState(D::ID_NETWORK_LAN, INetwork::NETWORK_STATE_ACTIVATED);
+        m_systemPrivate->overrideIP(D::ID_NETWORK_LAN, FakeAddress);
+    } else {
+        qDebug() << "Wired disconnected";
+        m_systemPrivate->overrideNetworkState(D::ID_NETWORK_LAN, INetwork::NETWORK_STATE_DISCONNECTED);
+        m_systemPrivate->overrideIP(D::ID_NETWORK_LAN, QString());
+    }
+    if (s_networkCycle & 2) {
+        qDebug() << "Wifi active (fake ip)";
+        m_systemPrivate->overrideNetworkState(D::ID_NETWORK_WIFI, INetwork::NETWORK_STATE_ACTIVATED);
+        m_systemPrivate->overrideIP(D::ID_NETWORK_WIFI, FakeAddress);
+    } else {
+        qDebug() << "Wifi disconnected";
+        m_systemPrivate->overrideNetworkState(D::ID_NETWORK_WIFI, INetwork::NETWORK_STATE_DISCONNECTED);
+        m_systemPrivate->overrideIP(D::ID_NETWORK_WIFI, QString());
+    }
+}
+
+void VantixDebug::stepWifiSignal()
+{
+    s_wifiSignal += 25;
+    if (s_wifiSignal > 100) {
+        s_wifiSignal = 0;
+    }
+    qDebug() << "Wifi signal strength:" << s_wifiSignal;
+    m_systemPrivate->overrideWifiSignalStrength(s_wifiSignal);
+}
+
+void VantixDebug::toggleTestOffline()
+{
+    QCoreApplication *app = QCoreApplication::instance();
+    const bool offline = !app->property("TestOffline").toBool();
+    qDebug() << "Test offline:" << offline;
+    app->setProperty("TestOffline", offline);
+    NetworkManager::instance()->startCheckConnectivity();
+}
+
+} // namespace TQ_SPAPI
