@@ -39,6 +39,19 @@ public:
     }
 };
 
+// A shown window whose key releases go through the debug controller first.
+class ShortcutWindow : public QWindow
+{
+public:
+    KeyRecorder recorder;
+    ShortcutWindow()
+    {
+        installEventFilter(&recorder);
+        installEventFilter(VantixDebug::instance()); // installed last, runs first
+        show();
+    }
+};
+
 QVariant propertyOf(D::DeviceId id, const char *name)
 {
     const IDevicePtr device = System::instance()->device(id);
@@ -289,11 +302,7 @@ void TestVantixDebug::everySetterCallAddsAParameter()
 void TestVantixDebug::keys()
 {
     start(System::PT_TOLVEX);
-    QWindow window;
-    KeyRecorder recorder;
-    window.installEventFilter(&recorder);
-    window.installEventFilter(VantixDebug::instance()); // runs first
-    window.show();
+    ShortcutWindow window;
     QVERIFY(QTest::qWaitForWindowExposed(&window));
 
     System *system = System::instance();
@@ -309,7 +318,7 @@ void TestVantixDebug::keys()
     QVERIFY(system->device(D::ID_USB));
     QTest::keyClick(&window, Qt::Key_F4, Qt::ShiftModifier);
     QVERIFY(!system->device(D::ID_USB));
-    QCOMPARE(recorder.released, (QList<int>{Qt::Key_F4, Qt::Key_F4, Qt::Key_F4, Qt::Key_F4}));
+    QCOMPARE(window.recorder.released, (QList<int>{Qt::Key_F4, Qt::Key_F4, Qt::Key_F4, Qt::Key_F4}));
 
     // Jack keys are consumed.
     QTest::keyClick(&window, Qt::Key_F2);
@@ -320,22 +329,20 @@ void TestVantixDebug::keys()
     // F9 toggles the mains.
     QTest::keyClick(&window, Qt::Key_F9);
     QVERIFY(system->device(D::ID_POWER_SUPPLY)->status().testFlag(D::F_POWER_CONNECTED));
-    QCOMPARE(recorder.released.size(), 4);
+    QCOMPARE(window.recorder.released.size(), 4);
 
     // Extra modifiers match nothing.
     QTest::keyClick(&window, Qt::Key_F9, Qt::AltModifier);
     QTest::keyClick(&window, Qt::Key_F4, Qt::ShiftModifier | Qt::ControlModifier);
     QVERIFY(system->device(D::ID_POWER_SUPPLY)->status().testFlag(D::F_POWER_CONNECTED));
     QVERIFY(!system->device(D::ID_USB));
-    QCOMPARE(recorder.released.size(), 6);
+    QCOMPARE(window.recorder.released.size(), 6);
 }
 
 void TestVantixDebug::keypadPowerAndNetworkCycle()
 {
     start(System::PT_TOLVEX);
-    QWindow window;
-    window.installEventFilter(VantixDebug::instance());
-    window.show();
+    ShortcutWindow window;
     QVERIFY(QTest::qWaitForWindowExposed(&window));
     const IDevicePtr battery = System::instance()->device(D::ID_BATTERY_1ST);
     const IDevicePtr lan = System::instance()->device(D::ID_NETWORK_LAN);
@@ -385,16 +392,12 @@ void TestVantixDebug::keypadPowerAndNetworkCycle()
 
 void TestVantixDebug::keyFilterGuards()
 {
-    QWindow window;
-    KeyRecorder recorder;
-    window.installEventFilter(&recorder);
-    window.installEventFilter(VantixDebug::instance());
-    window.show();
+    ShortcutWindow window;
     QVERIFY(QTest::qWaitForWindowExposed(&window));
 
     // No system attached: keys pass through untouched.
     QTest::keyClick(&window, Qt::Key_F9);
-    QCOMPARE(recorder.released, QList<int>{Qt::Key_F9});
+    QCOMPARE(window.recorder.released, QList<int>{Qt::Key_F9});
 
     start(System::PT_TOLVEX);
     const IDevicePtr battery = System::instance()->device(D::ID_BATTERY_1ST);
@@ -412,11 +415,7 @@ void TestVantixDebug::keyFilterGuards()
 void TestVantixDebug::offlineToggle()
 {
     start(System::PT_TOLVEX);
-    QWindow window;
-    KeyRecorder recorder;
-    window.installEventFilter(&recorder);
-    window.installEventFilter(VantixDebug::instance());
-    window.show();
+    ShortcutWindow window;
     QVERIFY(QTest::qWaitForWindowExposed(&window));
     QSignalSpy connectivity(NetworkManager::instance(), &NetworkManager::connectivityChanged);
 
@@ -430,7 +429,7 @@ void TestVantixDebug::offlineToggle()
     QTest::keyClick(&window, Qt::Key_F4, Qt::ControlModifier);
     QCOMPARE(qApp->property("TestOffline"), QVariant(false));
     QCOMPARE(log.messages().last(), QStringLiteral("Test offline: false"));
-    QVERIFY(recorder.released.isEmpty());
+    QVERIFY(window.recorder.released.isEmpty());
 }
 
 void TestVantixDebug::otgAActivationBringsTheStick()

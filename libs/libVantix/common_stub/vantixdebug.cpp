@@ -57,14 +57,21 @@ IDevicePtr VantixDebug::device(IDevice::DeviceId id) const
     return m_systemPrivate ? m_systemPrivate->deviceList->device(quint32(id)) : IDevicePtr();
 }
 
+IDevicePtr VantixDebug::plugOtgPort(IDevice::DeviceId id)
+{
+    if (!m_systemPrivate) {
+        return IDevicePtr();
+    }
+    const IDevicePtr port = m_systemPrivate->addDevice(id, IDevice::DEVICE_USB, QString());
+    // A port that becomes active brings its stick or hands over the user data.
+    connect(port.data(), &IDevice::statusChanged, this, &VantixDebug::onDeviceStatusChanged, Qt::UniqueConnection);
+    return port;
+}
+
 void VantixDebug::addOtgA()
 {
     qDebug();
-    if (!m_systemPrivate) {
-        return;
-    }
-    m_otgA = m_systemPrivate->addDevice(IDevice::ID_USB_OTG_A, IDevice::DEVICE_USB, QString());
-    connect(m_otgA.data(), &IDevice::statusChanged, this, &VantixDebug::onDeviceStatusChanged, Qt::UniqueConnection);
+    m_otgA = plugOtgPort(IDevice::ID_USB_OTG_A);
 }
 
 void VantixDebug::rmOtgA()
@@ -79,11 +86,7 @@ void VantixDebug::rmOtgA()
 void VantixDebug::addOtgB()
 {
     qDebug();
-    if (!m_systemPrivate) {
-        return;
-    }
-    m_otgB = m_systemPrivate->addDevice(IDevice::ID_USB_OTG_B, IDevice::DEVICE_USB, QString());
-    connect(m_otgB.data(), &IDevice::statusChanged, this, &VantixDebug::onDeviceStatusChanged, Qt::UniqueConnection);
+    m_otgB = plugOtgPort(IDevice::ID_USB_OTG_B);
 }
 
 void VantixDebug::rmOtgB()

@@ -82,6 +82,7 @@ private:
     ~VantixDebug() override;
 
     bool runCommand(const QString &command, const QStringList &args);
+    IDevicePtr plugOtgPort(IDevice::DeviceId id);
     /// Flips one jack bit of the audio device; false when there is no audio device.
     bool toggleJack(IAudio::JackFlag flag);
     void pressPowerButton(bool pressed);
