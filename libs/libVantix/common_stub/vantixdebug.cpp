@@ -92,4 +92,16 @@ void VantixDebug::overridePowerConnectedToggle(IDevice::DeviceId id)
     }
 }
 
+IDevicePtr VantixDebug::addDevice(IDevice::DeviceId id, IDevice::DeviceType type, const QString &path)
+{
+    return m_systemPrivate ? m_systemPrivate->addDevice(id, type, path) : IDevicePtr();
+}
+
+void VantixDebug::removeDevice(IDevice::DeviceId id)
+{
+    if (m_systemPrivate) {
+        m_systemPrivate->removeDevice(id);
+    }
+}
+
 } // namespace TQ_SPAPI

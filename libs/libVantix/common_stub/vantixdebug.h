@@ -42,6 +42,11 @@ public:
     void removeBattery(IDevice::DeviceId id);
     void overridePowerConnectedToggle(IDevice::DeviceId id);
 
+    /// Plugs a device as the device list's factory builds it; null while no system is attached.
+    IDevicePtr addDevice(IDevice::DeviceId id, IDevice::DeviceType type, const QString &path);
+    /// Unplugs the device stored under @p id; nothing happens while no system is attached.
+    void removeDevice(IDevice::DeviceId id);
+
 private Q_SLOTS:
     void onVantixDebugChanged(QString newValue);
 
