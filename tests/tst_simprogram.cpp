@@ -139,11 +139,11 @@ void TestSimProgram::scripts_data()
                                                 QStringLiteral(" ms] ID_USB_OTG_A statusChanged newStatus=F_ENABLE\n")}
                                          << QString() << QString();
     QTest::newRow("expectation not met")
-        << "get battery1 id\nexpect battery1 status has F_ACTIVE within 100\nget battery1 type\n"
+        << "get battery1 id\nexpect power status has F_ACTIVE within 100\nget battery1 type\n"
         << 1
         << QStringList{QStringLiteral("OK ID_BATTERY_1ST\n"),
-               QStringLiteral("KO: ID_BATTERY_1ST.status is F_ENABLE, expected has F_ACTIVE within 100 ms\n")}
-        << ":2: expect battery1 status has F_ACTIVE within 100: ID_BATTERY_1ST.status is F_ENABLE, expected has "
+               QStringLiteral("KO: ID_POWER_SUPPLY.status is F_ENABLE, expected has F_ACTIVE within 100 ms\n")}
+        << ":2: expect power status has F_ACTIVE within 100: ID_POWER_SUPPLY.status is F_ENABLE, expected has "
            "F_ACTIVE within 100 ms\n"
         << "> get battery1 type";
     QTest::newRow("unknown command") << "bogus\nget battery1 id\n"
