@@ -9,6 +9,6 @@
 namespace PlatformNames {
 bool fromName(const QString &name, TQ_SPAPI::System::PlatformType *platform);
 QStringList names();
-}
+} // namespace PlatformNames
 
 #endif

@@ -216,4 +216,16 @@ void VantixDebug::overrideWifiCountry(const QString &country)
     forward(m_systemPrivate, &SystemPrivate::overrideWifiCountry, country);
 }
 
+IDevicePtr VantixDebug::addDevice(IDevice::DeviceId id, IDevice::DeviceType type, const QString &path)
+{
+    return m_systemPrivate ? m_systemPrivate->addDevice(id, type, path) : IDevicePtr();
+}
+
+void VantixDebug::removeDevice(IDevice::DeviceId id)
+{
+    if (m_systemPrivate) {
+        m_systemPrivate->removeDevice(id);
+    }
+}
+
 } // namespace TQ_SPAPI

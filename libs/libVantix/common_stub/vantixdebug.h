@@ -73,6 +73,11 @@ public:
     void overrideWifiEnabled(bool enabled);
     void overrideWifiCountry(const QString &country);
 
+    /// Plugs a device as the device list's factory builds it; null while no system is attached.
+    IDevicePtr addDevice(IDevice::DeviceId id, IDevice::DeviceType type, const QString &path);
+    /// Unplugs the device stored under @p id; nothing happens while no system is attached.
+    void removeDevice(IDevice::DeviceId id);
+
 private Q_SLOTS:
     void onVantixDebugChanged(QString newValue);
     void onDeviceStatusChanged(TQ_SPAPI::IDevice::DeviceFlags deviceStatus);
