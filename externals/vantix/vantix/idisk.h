@@ -22,9 +22,9 @@ public:
     IDisk(DeviceId id, const QString &path);
 
     /// Empties the disk. @p size is accepted for the hardware's sake and not used.
-    virtual void format(uint size);
-    virtual void mount();
-    virtual void unmount();
+    Q_INVOKABLE virtual void format(uint size);
+    Q_INVOKABLE virtual void mount();
+    Q_INVOKABLE virtual void unmount();
     /// Capacity in bytes.
     virtual uint size() const;
     /// Free space in bytes.

@@ -26,7 +26,7 @@ public:
     virtual void setMode(IOMode mode);
 
 public Q_SLOTS:
-    virtual void restart();
+    Q_INVOKABLE virtual void restart();
 
 Q_SIGNALS:
     void modeChanged(TQ_SPAPI::IIOController::IOMode mode);

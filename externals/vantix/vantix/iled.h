@@ -37,15 +37,15 @@ public:
     virtual int msOn() const;
     virtual int msOff() const;
     /// Lights the LED steadily in @p color.
-    virtual void on(Qt::GlobalColor color);
+    Q_INVOKABLE virtual void on(Qt::GlobalColor color);
     /// Switches the LED off; colour and flash times are kept.
-    virtual void off();
+    Q_INVOKABLE virtual void off();
     /**
      * Flashes the LED in @p color. Flashing leaves F_ENABLE as it is.
      * A new off-time is announced through msOnChanged(); msOffChanged() is
      * never emitted. Applications depend on this, so it stays.
      */
-    virtual void setFlash(Qt::GlobalColor color, int msOn, int msOff);
+    Q_INVOKABLE virtual void setFlash(Qt::GlobalColor color, int msOn, int msOff);
     /// The colours this LED can show, in order.
     virtual const QList<Qt::GlobalColor> &getColors() const;
 

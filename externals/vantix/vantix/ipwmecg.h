@@ -21,8 +21,8 @@ public:
 
     virtual uint pwm() const;
     virtual uint updateInterval() const;
-    virtual void setPwm(uint pwm, uint updateInterval);
-    virtual void setPwmDirectly(uint pwm);
+    Q_INVOKABLE virtual void setPwm(uint pwm, uint updateInterval);
+    Q_INVOKABLE virtual void setPwmDirectly(uint pwm);
 
 Q_SIGNALS:
     void pwmChanged(uint pwm);

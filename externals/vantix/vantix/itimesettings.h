@@ -39,7 +39,7 @@ public:
 
     QStringList getTimeZones() const;
     /// Refused on the desktop, with a warning.
-    void setDateTime(const QDateTime &dateTime);
+    Q_INVOKABLE void setDateTime(const QDateTime &dateTime);
     bool isHwClockValid() const;
 
 Q_SIGNALS:
