@@ -42,7 +42,7 @@ QStringList errorsOf(QSignalSpy &spy)
 {
     QStringList names;
     for (const QList<QVariant> &args : qAsConst(spy)) {
-        names << QTest::toString(args.first().value<D::DeviceError>());
+        names << QString::fromLatin1(QMetaEnum::fromType<D::DeviceError>().valueToKey(args.first().toInt()));
     }
     spy.clear();
     return names;

@@ -22,7 +22,8 @@ class VANTIX_EXPORT INetwork : public IDevice
     Q_PROPERTY(NetworkState networkState READ networkState NOTIFY networkStateChanged)
 
 public:
-    enum NetworkState {
+    // Fixed underlying type: overrides pass any number on as a state.
+    enum NetworkState : int {
         NETWORK_STATE_UNAVAILABLE = 0,
         NETWORK_STATE_FLIGHTMMODE = 1,
         NETWORK_STATE_DEACTIVATING = 2,
