@@ -8,6 +8,7 @@
 
 #include <vantix/iaccesspoint.h>
 #include <vantix/iwifi.h>
+#include <vantix/iwifip2p.h>
 #include <vantix/system.h>
 
 #include <QPointer>
@@ -370,9 +371,11 @@ void TestWifi::systemReachesNetworkDevices()
     auto *lan = qobject_cast<INetwork *>(system->device(D::ID_NETWORK_LAN).data());
     auto *wifi = qobject_cast<IWifi *>(system->device(D::ID_NETWORK_WIFI).data());
     QVERIFY(lan && wifi && !qobject_cast<IWifi *>(lan));
-    // The P2P device keeps its generic class here.
+    // The P2P device is a network device too, so the network overrides reach it.
     const IDevicePtr p2p = sys->addDevice(D::ID_NETWORK_WIFI_P2P, D::DEVICE_NETWORK, QString());
-    QVERIFY(p2p && !qobject_cast<INetwork *>(p2p.data()));
+    QVERIFY(qobject_cast<IWifiP2P *>(p2p.data()));
+    sys->overrideIP(D::ID_NETWORK_WIFI_P2P, QStringLiteral("10.2.2.2/8"));
+    QCOMPARE(qobject_cast<INetwork *>(p2p.data())->ip(), QStringLiteral("10.2.2.2/8"));
 
     sys->overrideNetworkState(D::ID_NETWORK_LAN, INetwork::NETWORK_STATE_FAILED);
     QCOMPARE(lan->networkState(), INetwork::NETWORK_STATE_FAILED);
@@ -390,7 +393,6 @@ void TestWifi::systemReachesNetworkDevices()
     QCOMPARE(int(wifi->status()), Scanning);
 
     // Missing devices and devices of another class are left alone.
-    sys->overrideIP(D::ID_NETWORK_WIFI_P2P, QStringLiteral("x"));
     sys->overrideNetworkState(D::ID_AUDIO, INetwork::NETWORK_STATE_FAILED);
     sys->overrideIP(D::ID_BATTERY_2ND, QStringLiteral("x"));
 

@@ -16,6 +16,7 @@
 #include "iusb.h"
 #include "ivibrator.h"
 #include "iwifi.h"
+#include "iwifip2p.h"
 #include "metaenum_p.h"
 
 #include <QDebug>
@@ -65,7 +66,7 @@ DeviceList::Creation DeviceList::create(IDevice::DeviceId id, IDevice::DeviceTyp
             return Creation{new IWifi(id), false};
         }
         if (id == D::ID_NETWORK_WIFI_P2P) {
-            return generic(QString());
+            return Creation{new IWifiP2P(id), false};
         }
         return Creation{new INetwork(id), false};
     }

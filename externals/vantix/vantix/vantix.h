@@ -25,8 +25,11 @@
 #include <vantix/iusb.h>
 #include <vantix/ivibrator.h>
 #include <vantix/iwifi.h>
+#include <vantix/iwifip2p.h>
+#include <vantix/iwifip2ppeer.h>
 #include <vantix/listmodel.h>
 #include <vantix/system.h>
+#include <vantix/wifip2pservice.h>
 
 #include "vantixdebug.h"
 
