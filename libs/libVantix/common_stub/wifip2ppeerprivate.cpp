@@ -6,6 +6,8 @@ namespace TQ_SPAPI {
 
 WifiP2PPeerPrivate::WifiP2PPeerPrivate(IWifiP2PPeer *owner)
     : QObject(owner)
+    // Parented, so tools walking the peer's objects find the model.
+    , serviceList(this)
     , owner(owner)
 {
 }

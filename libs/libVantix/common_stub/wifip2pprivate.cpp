@@ -43,6 +43,8 @@ void releasePeersOf(QObject *parent)
 
 WifiP2PPrivate::WifiP2PPrivate(IWifiP2P *q, IDevice::DeviceId id)
     : NetworkPrivate(q, id, IDevice::DEVICE_NETWORK)
+    // Parented, so tools walking the device's objects find the model.
+    , peerList(this)
 {
     // Until the first read of the host interface.
     ipAddress = QStringLiteral("127.0.0.1");

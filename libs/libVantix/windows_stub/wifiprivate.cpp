@@ -30,6 +30,8 @@ bool WifiPrivate::firstUpdate = true;
 
 WifiPrivate::WifiPrivate(IWifi *q, IDevice::DeviceId id)
     : NetworkPrivate(q, id, IDevice::DEVICE_NETWORK | IDevice::DEVICE_FIGHT_MODE)
+    // Parented, so tools walking the device's objects find the model.
+    , accessPoints(this)
 {
     // The radio scans from power-on; nobody is listening yet.
     status |= IDevice::F_ENABLESCANNING;
