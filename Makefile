@@ -8,11 +8,13 @@ PLATFORM ?= tolvex-plus
 
 ASAN_BUILD_DIR ?= build-asan
 # Leaks inside Qt's own start-up are listed, with reasons, in the suppressions file.
-SANITIZER_ENV = ASAN_OPTIONS=detect_leaks=1:abort_on_error=0:strict_string_checks=1 \
+# Full stacks on allocation (fast_unwind_on_malloc=0): Qt is built without frame
+# pointers, and the suppressions must see the Qt frames behind an allocation.
+SANITIZER_ENV = ASAN_OPTIONS=detect_leaks=1:abort_on_error=0:strict_string_checks=1:fast_unwind_on_malloc=0 \
 	LSAN_OPTIONS=suppressions=$(CURDIR)/scripts/lsan.supp:print_suppressions=0 \
 	UBSAN_OPTIONS=print_stacktrace=1:halt_on_error=1
 
-.PHONY: all deps configure build run test test-asan format clean
+.PHONY: all deps configure build run test test-asan fuzz format clean
 
 all: build
 

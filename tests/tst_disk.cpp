@@ -42,7 +42,9 @@ QStringList errorsOf(QSignalSpy &spy)
 {
     QStringList names;
     for (const QList<QVariant> &args : qAsConst(spy)) {
-        names << QTest::toString(args.first().value<D::DeviceError>());
+        // QTest::toString hands over a new[] buffer.
+        const QScopedArrayPointer<char> name(QTest::toString(args.first().value<D::DeviceError>()));
+        names << QString::fromLatin1(name.data());
     }
     spy.clear();
     return names;

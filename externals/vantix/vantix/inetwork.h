@@ -22,7 +22,9 @@ class VANTIX_EXPORT INetwork : public IDevice
     Q_PROPERTY(NetworkState networkState READ networkState NOTIFY networkStateChanged)
 
 public:
-    enum NetworkState {
+    // A fixed underlying type: the debug controller passes any number on as a
+    // state, and a value outside 0..12 must stay a valid value of the type.
+    enum NetworkState : int {
         NETWORK_STATE_UNAVAILABLE = 0,
         NETWORK_STATE_FLIGHTMMODE = 1,
         NETWORK_STATE_DEACTIVATING = 2,
