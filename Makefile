@@ -8,11 +8,13 @@ PLATFORM ?= tolvex-plus
 
 ASAN_BUILD_DIR ?= build-asan
 # Leaks inside Qt's own start-up are listed, with reasons, in the suppressions file.
-SANITIZER_ENV = ASAN_OPTIONS=detect_leaks=1:fast_unwind_on_malloc=0:strict_string_checks=1 \
+# Full stacks on allocation (fast_unwind_on_malloc=0): Qt is built without frame
+# pointers, and the suppressions must see the Qt frames behind an allocation.
+SANITIZER_ENV = ASAN_OPTIONS=detect_leaks=1:abort_on_error=0:strict_string_checks=1:fast_unwind_on_malloc=0 \
 	LSAN_OPTIONS=suppressions=$(CURDIR)/scripts/lsan.supp:print_suppressions=0 \
 	UBSAN_OPTIONS=print_stacktrace=1:halt_on_error=1
 
-.PHONY: all deps configure build run test test-asan format clean
+.PHONY: all deps configure build run test test-asan fuzz format clean
 
 all: build
 
@@ -36,8 +38,34 @@ test-asan: deps
 	@cmake --build $(ASAN_BUILD_DIR) -j $(JOBS)
 	cd $(ASAN_BUILD_DIR) && $(SANITIZER_ENV) ctest --output-on-failure -j $(JOBS)
 
+# libFuzzer targets (fuzz/): built with clang in a folder of their own and run
+# one after the other, each for FUZZ_SECONDS, from the committed seeds in
+# fuzz/corpus/<target>. New inputs collect in fuzz-out/corpus/<target>, crashing
+# ones in fuzz-out/crashes/<target>; a crash becomes a file under
+# fuzz/regressions/<target>, which CTest replays. fuzz/<target>.dict lists the
+# words of its input. Scratch files go to memory (/dev/shm) where there is one.
+FUZZ_BUILD_DIR ?= build-fuzz
+FUZZ_SECONDS ?= 60
+FUZZ_TARGETS ?= debugcommand nvram osrelease
+FUZZ_TMPDIR ?= $(shell test -d /dev/shm && echo /dev/shm || echo /tmp)
+FUZZ_ENV = TMPDIR=$(FUZZ_TMPDIR) ASAN_OPTIONS=detect_leaks=1:fast_unwind_on_malloc=0 \
+	LSAN_OPTIONS=suppressions=$(CURDIR)/scripts/lsan.supp:print_suppressions=0 \
+	UBSAN_OPTIONS=print_stacktrace=1:halt_on_error=1 QT_QPA_PLATFORM=offscreen
+
+fuzz: deps
+	@CC=clang CXX=clang++ cmake -S . -B $(FUZZ_BUILD_DIR) -DCMAKE_C_COMPILER=clang -DCMAKE_CXX_COMPILER=clang++ \
+		-DCMAKE_BUILD_TYPE=RelWithDebInfo -DBUILD_TESTING=OFF -DVANTIX_FUZZ=ON >/dev/null
+	@cmake --build $(FUZZ_BUILD_DIR) -j $(JOBS) --target $(addprefix fuzz_,$(FUZZ_TARGETS))
+	@status=0; for t in $(FUZZ_TARGETS); do \
+		mkdir -p fuzz-out/corpus/$$t fuzz-out/crashes/$$t; \
+		echo "fuzz: $$t for $(FUZZ_SECONDS) s"; \
+		$(FUZZ_ENV) $(FUZZ_BUILD_DIR)/fuzz/fuzz_$$t -max_total_time=$(FUZZ_SECONDS) -print_final_stats=1 \
+			-dict=fuzz/$$t.dict -artifact_prefix=fuzz-out/crashes/$$t/ fuzz-out/corpus/$$t fuzz/corpus/$$t \
+			|| status=1; \
+	done; exit $$status
+
 format:
 	@git ls-files '*.cpp' '*.h' | xargs clang-format -i
 
 clean:
-	rm -rf $(BUILD_DIR) $(ASAN_BUILD_DIR)
+	rm -rf $(BUILD_DIR) $(ASAN_BUILD_DIR) $(FUZZ_BUILD_DIR) fuzz-out

@@ -37,8 +37,8 @@ SystemPrivate::SystemPrivate(System *q)
 
 SystemPrivate::~SystemPrivate()
 {
-    // The debug controller outlives every System; it must not keep acting on this one.
-    VantixDebug::instance()->detachSystemPrivate(this);
+    // The debug controller usually outlives every System; it must not keep acting on this one.
+    VantixDebug::detachSystemPrivate(this);
 }
 
 void SystemPrivate::initialize(const QString &name)

@@ -15,6 +15,12 @@
 namespace TQ_SPAPI {
 
 namespace {
+// The controller while it exists. It is a function-local static, destroyed at
+// exit in reverse order of construction, so whatever was built before it (an
+// application object in static storage, and the System that is its child) is
+// destroyed after it and must find it gone rather than reach a dead object.
+VantixDebug *s_alive = nullptr;
+
 // Runs an operation of the attached simulation; without one, nothing happens.
 template<typename... Params, typename... Args>
 void forward(SystemPrivate *system, void (SystemPrivate::*operation)(Params...), Args &&...args)
@@ -25,9 +31,15 @@ void forward(SystemPrivate *system, void (SystemPrivate::*operation)(Params...),
 }
 } // namespace
 
-VantixDebug::VantixDebug() = default;
+VantixDebug::VantixDebug()
+{
+    s_alive = this;
+}
 
-VantixDebug::~VantixDebug() = default;
+VantixDebug::~VantixDebug()
+{
+    s_alive = nullptr;
+}
 
 VantixDebug *VantixDebug::instance()
 {
@@ -42,14 +54,15 @@ void VantixDebug::setSystemPrivate(SystemPrivate *p)
 
 void VantixDebug::detachSystemPrivate(SystemPrivate *p)
 {
-    if (m_systemPrivate != p) {
+    VantixDebug *debug = s_alive;
+    if (!debug || debug->m_systemPrivate != p) {
         return;
     }
-    m_systemPrivate = nullptr;
+    debug->m_systemPrivate = nullptr;
     // The ports belonged to that system; a fresh one starts unplugged.
-    m_otgA.clear();
-    m_otgB.clear();
-    m_usb.clear();
+    debug->m_otgA.clear();
+    debug->m_otgB.clear();
+    debug->m_usb.clear();
 }
 
 IDevicePtr VantixDebug::device(IDevice::DeviceId id) const

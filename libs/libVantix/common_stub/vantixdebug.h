@@ -36,8 +36,13 @@ public:
 
     /// Attaches the simulation that executes every action; done by System::initialize().
     void setSystemPrivate(SystemPrivate *p);
-    /// Detaches @p p if it is the attached one, forgetting what was plugged; done when a System goes away.
-    void detachSystemPrivate(SystemPrivate *p);
+    /**
+     * Detaches @p p if it is the attached one, forgetting what was plugged;
+     * done when a System goes away. Static, and a no-op once the controller
+     * itself is gone: a System whose application object lives in static
+     * storage is destroyed after it, at process exit.
+     */
+    static void detachSystemPrivate(SystemPrivate *p);
     /**
      * Adds the parameter "VantixDebug" to @p controller; every text written
      * to it is run as a debug command. Each call adds one more parameter.
