@@ -3,8 +3,9 @@
 #include <vantix/system.h>
 
 #include "batteryprivate_p.h"
-#include "systemprivate_p.h"
+#include "logcapture.h"
 #include "testroot.h"
+#include "testsystem.h"
 #include "vantixdebug.h"
 
 #include <QSignalSpy>
@@ -19,28 +20,26 @@ class tst_Battery : public QObject
 
 private Q_SLOTS:
     void startStateAndOverrides();
-    void overridesThroughSystem();
+    void powerConnectedToggleThroughSystem();
     void pairing();
 };
 
 void tst_Battery::startStateAndOverrides()
 {
     DeviceList list;
-    const auto battery = qSharedPointerObjectCast<IBattery>(
-        list.add(D::ID_BATTERY_2ND, D::DEVICE_BATTERY, QStringLiteral("/sys/battery")));
-    QVERIFY(battery);
+    const auto battery = list.add(D::ID_BATTERY_2ND, D::DEVICE_BATTERY, "/sys/battery").objectCast<IBattery>();
     QCOMPARE(battery->status(), D::DeviceFlags(D::F_CHARGE));
     QCOMPARE(battery->fuelGauge(), 100);
-    QCOMPARE(battery->voltage() + battery->current() + battery->currentAvg(), 0.0);
-    QCOMPARE(battery->chargeCounter(), 0);
-    QVERIFY(battery->modelName().isEmpty() && battery->manufacturer().isEmpty() && battery->label().isEmpty());
-    QVERIFY(battery->path().isEmpty() && battery->temperature().isNull());
+    QCOMPARE(battery->voltage() + battery->current() + battery->currentAvg() + battery->chargeCounter(), 0.0);
+    QCOMPARE(battery->modelName() + battery->manufacturer() + battery->label() + battery->path(), QString());
+    QVERIFY(battery->temperature().isNull());
     QTRY_COMPARE(battery->status(), D::F_CHARGE | D::F_ENABLE);
 
     auto *d = qobject_cast<BatteryPrivate *>(DevicePrivate::get(battery.data()));
     QSignalSpy status(battery.data(), &IDevice::statusChanged);
     QSignalSpy counter(battery.data(), &IBattery::chargeCounterChanged);
     QSignalSpy fuel(battery.data(), &IBattery::fuelGaugeChanged);
+    QSignalSpy current(battery.data(), &IBattery::currentChanged);
     // Forced values are announced even when they repeat, and never clamped.
     for (int value : {150, 150, -5}) {
         d->overrideFuelGauge(value);
@@ -50,7 +49,14 @@ void tst_Battery::startStateAndOverrides()
     QCOMPARE(battery->status(), D::F_ENABLE | D::F_CHARGE | D::F_OVERRIDE);
     QCOMPARE(status.count(), 1);
 
-    d->setStatus(D::F_ENABLE | D::F_CHARGE); // without the mark, to see each toggle set it
+    // Each override sets the mark again, so clear it in between.
+    d->setStatus(D::F_ENABLE | D::F_CHARGE);
+    d->overrideCurrent(0.5);
+    QCOMPARE(current.count(), 1);
+    QCOMPARE(current.at(0).at(0).toDouble(), 0.5);
+    QCOMPARE(battery->current(), 0.5);
+    QCOMPARE(battery->status(), D::F_ENABLE | D::F_CHARGE | D::F_OVERRIDE);
+    d->setStatus(D::F_ENABLE | D::F_CHARGE);
     d->overrideChargeToggle(); // off: no charge start
     QCOMPARE(battery->status(), D::F_ENABLE | D::F_OVERRIDE);
     QCOMPARE(counter.count(), 0);
@@ -61,46 +67,38 @@ void tst_Battery::startStateAndOverrides()
     QCOMPARE(battery->status(), D::F_ENABLE | D::F_CHARGE | D::F_OVERRIDE | D::F_POWER_CONNECTED);
     d->overridePowerConnectedToggle();
     QCOMPARE(battery->status(), D::F_ENABLE | D::F_CHARGE | D::F_OVERRIDE);
-    QCOMPARE(status.count(), 7);
+    QCOMPARE(status.count(), 9);
     QCOMPARE(battery->chargeCounter(), 1);
-    QCOMPARE(battery->voltage() + battery->current() + battery->currentAvg(), 0.0);
+    QCOMPARE(battery->voltage() + battery->currentAvg(), 0.0);
 }
 
-void tst_Battery::overridesThroughSystem()
+void tst_Battery::powerConnectedToggleThroughSystem()
 {
     TestRoot root;
-    SystemPlatformType::type = System::PT_TOLVEX;
-    System *system = System::instance();
-    system->initialize(QStringLiteral("tst_battery"));
-    auto *simulation = system->findChild<SystemPrivate *>();
-    const auto battery = qSharedPointerObjectCast<IBattery>(system->device(D::ID_BATTERY_1ST));
-    QVERIFY(simulation && battery && !system->device(D::ID_BATTERY_2ND));
-    QSignalSpy current(battery.data(), &IBattery::currentChanged);
+    System *system = startSystem(System::PT_TOLVEX);
     VantixDebug *debug = VantixDebug::instance();
+    const IDevicePtr battery = system->device(D::ID_BATTERY_1ST);
+    const IDevicePtr supply = system->device(D::ID_POWER_SUPPLY);
+    QTRY_COMPARE(battery->status(), D::F_ENABLE | D::F_CHARGE);
+    QSignalSpy status(supply.data(), &IDevice::statusChanged);
 
-    // The second battery does not exist: nothing happens.
+    // Missing devices are skipped silently.
+    LogCapture log;
     debug->overrideFuelGauge(D::ID_BATTERY_2ND, 40);
-    simulation->overrideChargeToggle(D::ID_BATTERY_2ND);
+    debug->overrideChargeToggle(D::ID_BATTERY_2ND);
     debug->overrideCurrent(D::ID_BATTERY_2ND, 2.5);
     debug->overridePowerConnectedToggle(D::ID_BATTERY_2ND);
-    QCOMPARE(battery->status(), D::DeviceFlags(D::F_CHARGE));
+    debug->overridePowerConnectedToggle(D::ID_POWER_MANIKIN_5V);
+    QVERIFY(log.records().isEmpty());
 
-    debug->overrideCurrent(D::ID_BATTERY_1ST, 0.5);
-    QCOMPARE(current.count(), 1);
-    QCOMPARE(current.at(0).at(0).toDouble(), 0.5);
-    QCOMPARE(battery->current(), 0.5);
-    QCOMPARE(battery->voltage() + battery->currentAvg(), 0.0);
-    QCOMPARE(battery->status(), D::F_CHARGE | D::F_OVERRIDE);
-    debug->overrideFuelGauge(D::ID_BATTERY_1ST, 40);
-    debug->overrideChargeToggle(D::ID_BATTERY_1ST);
-    simulation->overrideChargeToggle(D::ID_BATTERY_1ST);
+    // A battery marks the override; any other device only has the bit flipped.
     debug->overridePowerConnectedToggle(D::ID_BATTERY_1ST);
-    QCOMPARE(battery->fuelGauge(), 40);
-    QCOMPARE(battery->chargeCounter(), 1);
-    QCOMPARE(battery->status(), D::F_CHARGE | D::F_OVERRIDE | D::F_POWER_CONNECTED);
-    // Any other device only has the bit flipped, without an override mark.
+    QCOMPARE(battery->status(), D::F_ENABLE | D::F_CHARGE | D::F_OVERRIDE | D::F_POWER_CONNECTED);
     debug->overridePowerConnectedToggle(D::ID_POWER_SUPPLY);
-    QCOMPARE(system->device(D::ID_POWER_SUPPLY)->status(), D::DeviceFlags(D::F_POWER_CONNECTED));
+    QCOMPARE(supply->status(), D::F_ENABLE | D::F_POWER_CONNECTED);
+    debug->overridePowerConnectedToggle(D::ID_POWER_SUPPLY);
+    QCOMPARE(supply->status(), D::DeviceFlags(D::F_ENABLE));
+    QCOMPARE(status.count(), 2);
     System::releaseInstance();
 }
 
