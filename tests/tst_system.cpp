@@ -1,6 +1,8 @@
 // The System facade: start-up per platform, readiness, flight mode, power and
-// service commands, release and re-creation.
+// service commands, release and re-creation; and the services it owns: time
+// settings and the API message channel.
 
+#include "apimessageprivate_p.h"
 #include "logcapture.h"
 #include "metaenum_p.h"
 #include "systemprivate_p.h"
@@ -10,6 +12,7 @@
 #include <vantix/vantix.h>
 
 #include <QElapsedTimer>
+#include <QMetaEnum>
 #include <QPointer>
 #include <QSignalSpy>
 #include <QtTest>
@@ -18,6 +21,15 @@ using namespace TQ_SPAPI;
 
 namespace {
 using D = IDevice;
+
+// A platform implementation that brings its own private object.
+struct OwnMessage : IApiMessage
+{
+    explicit OwnMessage(ApiMessagePrivate &p)
+        : IApiMessage(p)
+    {
+    }
+};
 
 int flightAt(const QSignalSpy &spy, int index)
 {
@@ -33,12 +45,13 @@ private Q_SLOTS:
     void cleanup();
     void startUp_data();
     void startUp();
-    void secondInitializeIsIgnored();
     void fixedFacts();
     void flightMode_data();
     void flightMode();
     void commandsOnlyLog();
     void releaseAndRecreate();
+    void timeSettings();
+    void apiMessage();
 };
 
 void TestSystem::cleanup()
@@ -111,23 +124,16 @@ void TestSystem::startUp()
     if (const IDevicePtr bluetooth = system->device(D::ID_BLUETOOTH)) {
         QCOMPARE(bluetooth->status(), D::DeviceFlags(D::F_NOFLAGS)); // a flight-mode device is not enabled
     }
-}
 
-void TestSystem::secondInitializeIsIgnored()
-{
-    TestRoot root;
-    System *system = System::instance();
-    QSignalSpy ready(system, &System::apiReady);
-    startSystem(System::PT_UNKNOWN, {}, "app");
-    const int count = system->devices().size();
-    SystemPlatformType::type = System::PT_TOLVEX;
+    // A second start changes nothing and announces nothing.
+    SystemPlatformType::type = System::PT_TOLVEX_PLUS;
     system->initialize("x");
-    QCOMPARE(system->registeredIds(), QStringList{"app"});
-    QCOMPARE(system->devices().size(), count);
-    QCOMPARE(system->platform(), System::PT_UNKNOWN);
-    QTRY_COMPARE(ready.count(), 1);
+    QCOMPARE(system->registeredIds(), QStringList{"test"});
+    QCOMPARE(system->devices().size(), ids.size());
+    QCOMPARE(system->platform(), System::PlatformType(platform));
     QTest::qWait(150);
     QCOMPARE(ready.count(), 1);
+    QCOMPARE(detected.count(), ids.size());
 }
 
 void TestSystem::fixedFacts()
@@ -225,13 +231,19 @@ void TestSystem::commandsOnlyLog()
 void TestSystem::releaseAndRecreate()
 {
     TestRoot root;
-    QPointer<System> first = startSystem(System::PT_TOLVEX, {}, "one");
+    QPointer<System> first = System::instance();
+    QVERIFY(!first->timeSettings());
+    QPointer<IApiMessage> message = first->apiMessage();
+    QVERIFY(message && first->apiMessage() == message);
+    startSystem(System::PT_TOLVEX, {}, "one");
+    QPointer<ITimeSettings> settings = first->timeSettings();
+    QVERIFY(settings && settings->parent()->parent() == first);
     VantixDebug *debug = VantixDebug::instance();
     debug->addBattery(D::ID_BATTERY_2ND);
     QVERIFY(first->device(D::ID_BATTERY_2ND));
     const IDevicePtr kept = first->device(D::ID_BATTERY_1ST);
     System::releaseInstance();
-    QVERIFY(first.isNull());
+    QVERIFY(first.isNull() && settings.isNull() && message.isNull());
     // A device held by the application outlives the system.
     QCOMPARE(kept->id(), D::ID_BATTERY_1ST);
     // Nothing is attached any more: calls must be harmless.
@@ -256,6 +268,78 @@ void TestSystem::releaseAndRecreate()
     QTRY_COMPARE(ready.count(), 1);
     System::releaseInstance();
     System::releaseInstance(); // twice is harmless
+}
+
+void TestSystem::timeSettings()
+{
+    ITimeSettings s;
+    QCOMPARE(s.timeZone(), QString("Europe/Copenhagen"));
+    QVERIFY(s.ntpEnabled() && s.isHwClockValid() && s.getTimeZones().isEmpty());
+    QCOMPARE(s.urlList(), QStringList{"pool.ntp.org"});
+    QSignalSpy zone(&s, &ITimeSettings::timeZoneChanged);
+    QSignalSpy ntp(&s, &ITimeSettings::enabledChanged);
+    QSignalSpy urls(&s, &ITimeSettings::urlListChanged);
+
+    for (const char *z : {"Europe/Copenhagen", "", "", "Not/A_Zone"}) {
+        s.setTimeZone(z);
+    }
+    QCOMPARE(zone.count(), 2);
+    QCOMPARE(zone.at(0).at(0).toString(), QString(""));
+    QCOMPARE(s.timeZone(), QString("Not/A_Zone"));
+
+    s.setNtpEnabled(true);
+    s.setNtpEnabled(false);
+    QVERIFY(s.setProperty("ntpEnabled", false));
+    QCOMPARE(ntp.count(), 1);
+    QCOMPARE(ntp.at(0).at(0).toBool(), false);
+
+    s.setUrlList({"pool.ntp.org"});
+    s.setUrlList({"a.example", "b.example"});
+    s.setUrlList({"a.example", "b.example"});
+    s.setUrlList({"b.example", "a.example"});
+    QCOMPARE(urls.count(), 2);
+    QCOMPARE(s.urlList(), QStringList({"b.example", "a.example"}));
+
+    LogCapture log;
+    s.setDateTime(QDateTime(QDate(2001, 2, 3), QTime(4, 5)));
+    QVERIFY(log.contains("Not supported on Windows", QtWarningMsg));
+    QCOMPARE(zone.count() + ntp.count() + urls.count(), 5);
+}
+
+void TestSystem::apiMessage()
+{
+    IApiMessage *message = System::instance()->apiMessage();
+    QCOMPARE(message->findChild<ApiMessagePrivate *>()->q, message);
+    QSignalSpy errors(message, &IApiMessage::deviceError);
+    QSignalSpy events(message, &IApiMessage::telemetryEvent);
+    QSignalSpy messages(message, &IApiMessage::telemetryMessage);
+    QVERIFY(QMetaObject::invokeMethod(message, "checkSystemLog"));
+    QCoreApplication::processEvents();
+    QCOMPARE(errors.count() + events.count() + messages.count(), 0);
+
+    const QMetaObject &mo = IApiMessage::staticMetaObject;
+    QStringList members;
+    for (int i = mo.methodOffset(); i < mo.methodCount(); ++i) {
+        members << mo.method(i).methodSignature();
+    }
+    QCOMPARE(members,
+        QStringList({"deviceError(uint)", "telemetryEvent(QString,QVariantMap,QVariantMap)",
+            "telemetryMessage(uint,QVariantMap,QString)", "checkSystemLog()"}));
+    const QMetaEnum levels = mo.enumerator(mo.indexOfEnumerator("SeverityLevel"));
+    QCOMPARE(levels.keyCount(), 5);
+    const char *names[] = {"Verbose", "Information", "Warning", "Critical", "Fatal"};
+    for (int value = 0; value < 5; ++value) {
+        QCOMPARE(levels.keyToValue(names[value]), value);
+    }
+
+    QPointer<ApiMessagePrivate> p = new ApiMessagePrivate;
+    {
+        OwnMessage own(*p);
+        QCOMPARE(p->q, &own);
+        QCOMPARE(p->parent(), &own);
+        QVERIFY(!own.parent());
+    }
+    QVERIFY(p.isNull());
 }
 
 QTEST_GUILESS_MAIN(TestSystem)
