@@ -31,11 +31,8 @@ class IProbe : public QObject
     Q_PROPERTY(QString bssid MEMBER m_bssid CONSTANT)
 
 public:
-    explicit IProbe(QObject *parent)
-        : QObject(parent)
-    {
-    }
-    QString m_bssid = QString("02:22:22");
+    using QObject::QObject;
+    QString m_bssid = "02:22:22";
 
 Q_SIGNALS:
     void ping(int strength);
@@ -48,7 +45,7 @@ using ConstGadgetPtr = const Gadget *;
 class Gadget : public QObject
 {
     Q_OBJECT
-    Q_PROPERTY(int level READ level WRITE setLevel NOTIFY levelChanged)
+    Q_PROPERTY(int level MEMBER m_level NOTIFY levelChanged)
     Q_PROPERTY(uint count MEMBER m_count)
     Q_PROPERTY(double ratio MEMBER m_ratio NOTIFY ratioChanged)
     Q_PROPERTY(bool on MEMBER m_on)
@@ -58,24 +55,16 @@ class Gadget : public QObject
     Q_PROPERTY(Qt::GlobalColor colour MEMBER m_colour)
     Q_PROPERTY(QObject *helper MEMBER m_helper CONSTANT)
     Q_PROPERTY(ConstGadgetPtr model MEMBER m_model CONSTANT)
-    Q_PROPERTY(int fixed READ fixed CONSTANT)
+    Q_PROPERTY(int fixed MEMBER m_fixed CONSTANT)
 
 public:
     enum Mode { MODE_IDLE, MODE_RUN, MODE_STOP };
     Q_ENUM(Mode)
 
-    int level() const { return m_level; }
-    void setLevel(int level)
-    {
-        if (level != m_level) {
-            m_level = level;
-            Q_EMIT levelChanged(level);
-        }
-    }
-    int fixed() const { return 3; }
     Q_INVOKABLE int add(int a, int b) { return a + b; }
 
     int m_level = 5;
+    int m_fixed = 3;
     uint m_count = 0;
     double m_ratio = 0;
     bool m_on = false;
@@ -361,7 +350,7 @@ void TestSimConsole::watchesSignalsGenerically()
 
     // So is an interface object that appears among the children, named by its constant text.
     auto *probe = new IProbe(m_gadget);
-    m_gadget->setLevel(9);
+    m_gadget->setProperty("level", 9);
     QVERIFY(watcher->isWatched(probe));
     Q_EMIT probe->ping(80);
     QCOMPARE(signalled.last().at(1).toString(), QString("IProbe(02:22:22)"));
@@ -496,7 +485,7 @@ void TestSimConsole::waitRampAndExpectTakeTheirTime()
 
 void TestSimConsole::dumpParsesBack()
 {
-    m_gadget->setLevel(12);
+    m_gadget->setProperty("level", 12);
     QCOMPARE(run("plug otgb"), QString("OK"));
     const QString path = QDir(m_root->path()).filePath("state.json");
     QVERIFY(run("dump " + path).startsWith("OK written to"));

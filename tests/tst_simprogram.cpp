@@ -222,11 +222,7 @@ void TestSimProgram::options()
         sim({"--quiet", "--root", root.path(), "--script", writeScript("plug otgb\nwait 150\nget userdata path\n")});
     QCOMPARE(quiet.exitCode, 0);
     QCOMPARE(quiet.out, QString("OK\nOK\nOK \"%1\"\n").arg(QDir(root.path()).filePath("var/data")));
-
-    const Run ready = sim({"--exit-after-ready", "--platform", "quarnel"});
-    QCOMPARE(ready.exitCode, 0);
-    QVERIFY(ready.out.contains("Platform PT_QUARNEL ready\n"));
-    QVERIFY(ready.out.contains("\nID_CAN_SERIAL "));
+    QVERIFY(sim({"--exit-after-ready", "--platform", "quarnel"}).out.contains("Platform PT_QUARNEL ready\n"));
 }
 
 QTEST_GUILESS_MAIN(TestSimProgram)

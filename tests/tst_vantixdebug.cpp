@@ -74,8 +74,7 @@ private Q_SLOTS:
     void keys();
     void keypadPowerAndNetworkCycle();
     void keyFilterGuards();
-    void otgAActivationBringsTheStick();
-    void otgBActivationUnmountsUserData();
+    void otgActivation();
 
 private:
     void send(const QString &command) { m_controller->setValue("VantixDebug", command); }
@@ -353,46 +352,38 @@ void TestVantixDebug::keyFilterGuards()
     QCOMPARE(propertyOf(D::ID_BATTERY_1ST, "fuelGauge").toInt(), 15);
 }
 
-void TestVantixDebug::otgAActivationBringsTheStick()
+void TestVantixDebug::otgActivation()
 {
-    startSystem(System::PT_TOLVEX_PLUS);
+    startSystem(System::PT_TOLVEX_PLUS, {"--disksformatted"});
     System *system = System::instance();
     const QString folder = AppConfig::instance()->sharePath("usbdisk");
     QVERIFY(!QDir(folder).exists());
 
+    // Port A switched active brings a formatted stick in the share folder.
     send("addotga");
-    const IDevicePtr port = system->device(D::ID_USB_OTG_A);
-    QVERIFY(port);
-    port->setAbility(D::F_ACTIVE);
+    system->device(D::ID_USB_OTG_A)->setAbility(D::F_ACTIVE);
     QTRY_VERIFY(system->device(D::ID_DISK_USB));
-    QVERIFY(QDir(folder).exists());
     QCOMPARE(system->device(D::ID_DISK_USB)->path(), QDir(folder).absolutePath());
+    QVERIFY(QDir(folder).exists());
     QVERIFY(system->device(D::ID_DISK_USB)->status().testFlag(D::F_FORMATTED));
-
     QSignalSpy removed(system, &System::deviceRemoved);
     send("rmotga");
     QCOMPARE(removed.count(), 2);
     QCOMPARE(removed.at(0).at(0).value<D::DeviceId>(), D::ID_DISK_USB);
     QCOMPARE(removed.at(1).at(0).value<D::DeviceId>(), D::ID_USB_OTG_A);
-}
 
-void TestVantixDebug::otgBActivationUnmountsUserData()
-{
-    startSystem(System::PT_TOLVEX, {"--disksformatted"});
-    const IDevicePtr userData = System::instance()->device(D::ID_DISK_USER_DATA);
-    auto *disk = qobject_cast<IDisk *>(userData.data());
-    QVERIFY(disk);
-    disk->mount();
+    // Port B switched active takes the user data away from the application.
+    const IDevicePtr userData = system->device(D::ID_DISK_USER_DATA);
+    qobject_cast<IDisk *>(userData.data())->mount();
     QTRY_VERIFY(userData->status().testFlag(D::F_ACTIVE));
-
     LogCapture log;
     send("activateotgb"); // nothing plugged yet
     QVERIFY(log.records().isEmpty());
     send("addotgb");
     send("activateotgb");
     QTRY_VERIFY(!userData->status().testFlag(D::F_ACTIVE));
-    QVERIFY(log.messages().contains(QString("ID_USB_OTG_B F_ENABLE|F_ACTIVE")) ||
-        log.messages().contains(QString("ID_USB_OTG_B F_ACTIVE")));
+    QVERIFY(
+        log.messages().contains("ID_USB_OTG_B F_ENABLE|F_ACTIVE") || log.messages().contains("ID_USB_OTG_B F_ACTIVE"));
 }
 
 QTEST_MAIN(TestVantixDebug)

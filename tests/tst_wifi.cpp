@@ -27,10 +27,7 @@ using D = IDevice;
 const int Scanning = D::F_ENABLESCANNING;
 const int EnabledScanning = D::F_ENABLE | D::F_ENABLESCANNING;
 
-NetworkConfigurations::Configuration wlan(const char *name, bool active)
-{
-    return FakeNetworkConfigurations::wlan(QLatin1String(name), active);
-}
+constexpr auto wlan = &FakeNetworkConfigurations::wlan;
 
 WifiPrivate *priv(IWifi &wifi)
 {
