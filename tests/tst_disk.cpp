@@ -1,4 +1,3 @@
-#include <vantix/devicelist.h>
 #include <vantix/idisk.h>
 #include <vantix/iusb.h>
 
@@ -70,19 +69,18 @@ private Q_SLOTS:
     {
         TestRoot root;
         LogCapture log;
-        IDisk disk(D::ID_DISK_USER_DATA, AppConfig::instance()->varPath(QStringLiteral("data")));
+        IDisk disk(D::ID_DISK_USER_DATA, AppConfig::instance()->varPath("data"));
         disk.initialize();
         QSignalSpy errors(&disk, errorSignal);
         disk.mount();
         QCOMPARE(errorsOf(errors), QStringList{"E_DISK_NOT_READY"});
 
         disk.format(0);
-        QVERIFY(log.contains(QStringLiteral("disk size 0")));
-        QVERIFY(QFileInfo(disk.path()).isDir());
+        QVERIFY(log.contains("disk size 0"));
+        QVERIFY(QFileInfo(disk.path()).isDir()); // parents included
         QVERIFY(!disk.status().testFlag(D::F_FORMATTED));
         QTRY_VERIFY(disk.status().testFlag(D::F_FORMATTED));
-        QCOMPARE(disk.size(), 536870912u);
-        QCOMPARE(disk.free(), 536870912u);
+        QCOMPARE(QList<uint>({disk.size(), disk.free()}), QList<uint>({536870912u, 536870912u}));
 
         disk.mount();
         QVERIFY(!disk.status().testFlag(D::F_ACTIVE));
@@ -94,21 +92,20 @@ private Q_SLOTS:
         disk.unmount();
         QCOMPARE(errorsOf(errors), (QStringList{"E_DISK_NOT_MOUNTED", "E_DISK_NOT_MOUNTED"}));
 
-        // A removable stick comes formatted and mounts at the first attempt; index 1 puts it at key 257.
-        DeviceList list;
-        const IDevicePtr stick = list.add(D::ID_DISK_USB, D::DEVICE_DISK, root.path() + "/share/usbdisk", 1);
-        QCOMPARE(list.device(257), stick);
-        QVERIFY(stick->status().testFlag(D::F_FORMATTED));
-        stick.objectCast<IDisk>()->mount();
-        QTRY_VERIFY(stick->status().testFlag(D::F_ACTIVE));
+        // A removable stick comes formatted and mounts at the first attempt.
+        IDisk stick(D::ID_DISK_USB, root.path() + "/share/usbdisk");
+        stick.initialize();
+        QVERIFY(stick.status().testFlag(D::F_FORMATTED));
+        stick.mount();
+        QTRY_VERIFY(stick.status().testFlag(D::F_ACTIVE));
     }
 
     void failureCountIsSharedAndReadOnce()
     {
         TestRoot root;
         AppConfig::instance()->setArguments({"app", "--diskfailures", "2", "--disksformatted=no"});
-        DeviceList list;
-        const auto disk = list.add(D::ID_DISK_SYSTEM, D::DEVICE_DISK, root.path()).objectCast<IDisk>();
+        const QScopedPointer<IDisk> disk(new IDisk(D::ID_DISK_SYSTEM, root.path()));
+        disk->initialize();
         QVERIFY(disk->status().testFlag(D::F_FORMATTED));
         AppConfig::instance()->setArguments({"app"}); // an existing disk keeps its count
         QSignalSpy errors(disk.data(), errorSignal);
@@ -151,10 +148,6 @@ private Q_SLOTS:
         QVERIFY(QFile::exists(outside.path() + "/keep")); // the link was removed, not followed
         QTRY_VERIFY(disk.status().testFlag(D::F_FORMATTED));
         QCOMPARE(errors.count(), 0);
-
-        IDisk fresh(D::ID_DISK_USB, root.path() + "/share/a/b/usbdisk");
-        fresh.format(0);
-        QVERIFY(QFileInfo(fresh.path()).isDir());
     }
 
     void formatRefuses_data()
@@ -164,9 +157,9 @@ private Q_SLOTS:
         QTest::addColumn<QString>("reason");
         QTest::addColumn<QString>("home");
         // %R is the application root, %O a folder outside it (named %o), %S the working directory.
-        const QString outsideRoot = QStringLiteral("it is not inside the application root");
-        const QString home = QStringLiteral("it is the home directory or one of its parents");
-        const QString link = QStringLiteral("it is a symbolic link");
+        const QString outsideRoot = "it is not inside the application root";
+        const QString home = "it is the home directory or one of its parents";
+        const QString link = "it is a symbolic link";
         const auto row = [](const char *name, const char *path, const char *sentinel, const QString &reason,
                              const char *home = "%S/home") {
             QTest::newRow(name) << path << sentinel << reason << home;
@@ -217,7 +210,7 @@ private Q_SLOTS:
         LogCapture log;
         disk.format(0);
         QCOMPARE(log.records().last().type, QtWarningMsg);
-        QCOMPARE(log.messages().last(), QStringLiteral("Refusing to format \"%1\": %2").arg(disk.path(), reason));
+        QCOMPARE(log.messages().last(), QString("Refusing to format \"%1\": %2").arg(disk.path(), reason));
         QCOMPARE(errors.count(), 0);
         QTRY_COMPARE(errors.count(), 1);
         QCOMPARE(errorsOf(errors), QStringList{"E_DISK_NO_SPACE"});
@@ -255,17 +248,15 @@ private Q_SLOTS:
 
     void usbIdentity()
     {
-        DeviceList list;
-        const auto usb = list.add(D::ID_USB_OTG_B, D::DEVICE_USB, QStringLiteral("/dev/x")).objectCast<IUsb>();
-        QVERIFY(usb && usb->path().isEmpty());
+        IUsb usb(D::ID_USB_OTG_B);
         const QString identity = "model=STM32_DFU;modelRaw=STM32 DFU;modelDb=STM Device in DFU Mode;modelId=df11;"
                                  "revision=0200;serial=STMicroelectronics_STM32_DFU;serialShort=;"
                                  "vendor=STMicroelectronics;vendorId=0483;usbInterfaces=:fe0102:";
         for (const QString &entry : identity.split(';')) {
             const QString name = entry.section('=', 0, 0);
-            QCOMPARE(usb->property(name.toLatin1()), QVariant(entry.section('=', 1)));
+            QCOMPARE(usb.property(name.toLatin1()), QVariant(entry.section('=', 1)));
         }
-        QCOMPARE(usb->vendorId(), QStringLiteral("0483"));
+        QCOMPARE(usb.vendorId() + usb.serialShort(), QString("0483"));
     }
 
 private:

@@ -1,22 +1,23 @@
+// The simple peripherals: the LED's signal order and errors, the setter rules
+// of the others, their quiet operations and the debug overrides.
+
 #include <vantix/devicelist.h>
 #include <vantix/iaudio.h>
 #include <vantix/ibutton.h>
 #include <vantix/idisplay.h>
+#include <vantix/iled.h>
 #include <vantix/iiocontroller.h>
 #include <vantix/ipwmecg.h>
 #include <vantix/system.h>
 
-#include <qbcommon/appconfig.h>
-
 #include "audioprivate_p.h"
 #include "bluetoothprivate_p.h"
 #include "buttonprivate_p.h"
+#include "metaenum_p.h"
 #include "systemprivate_p.h"
 
 #include "logcapture.h"
-#include "testroot.h"
 
-#include <QMetaEnum>
 #include <QSignalSpy>
 #include <QtTest>
 
@@ -35,17 +36,37 @@ P *privateOf(IDevice *device)
     return qobject_cast<P *>(DevicePrivate::get(device));
 }
 
-Setter viaProperty(const char *name)
+// Sets @p property through the meta-object, unless a private setter is given.
+void setterRow(const char *name, D::DeviceId id, D::DeviceType type, const char *property, const QVariant &value,
+    bool alwaysEmits, Setter set = {})
 {
-    return [name](IDevice *device, const QVariant &value) { QVERIFY(device->setProperty(name, value)); };
-}
-
-void setterRow(const char *name, D::DeviceId id, D::DeviceType type, const char *property, const Setter &set,
-    const QVariant &value, bool alwaysEmits)
-{
+    if (!set) {
+        set = [property](IDevice *device, const QVariant &v) { QVERIFY(device->setProperty(property, v)); };
+    }
     QTest::newRow(name) << id << type << QByteArray(property) << set << value << alwaysEmits;
 }
 
+// Every change signal of an LED in the order emitted, as "signal:value"; take() hands them over.
+class LedEvents
+{
+public:
+    explicit LedEvents(ILed *led)
+    {
+        QObject::connect(led, &ILed::colorChanged, led, [this](Qt::GlobalColor c) { add("color", enumKey(c)); });
+        QObject::connect(led, &ILed::modeChanged, led, [this](ILed::LedMode m) { add("mode", enumKey(m)); });
+        QObject::connect(led, &ILed::msOnChanged, led, [this](int ms) { add("msOn", QByteArray::number(ms)); });
+        QObject::connect(led, &ILed::msOffChanged, led, [this](int ms) { add("msOff", QByteArray::number(ms)); });
+        QObject::connect(
+            led, &IDevice::statusChanged, led, [this](IDevice::DeviceFlags s) { add("status", flagKeys(s)); });
+        QObject::connect(led, qOverload<IDevice::DeviceError>(&IDevice::error), led,
+            [this](IDevice::DeviceError e) { add("error", enumKey(e)); });
+    }
+    QStringList take() { return std::exchange(m_events, {}); }
+
+private:
+    void add(const char *signal, const QByteArray &value) { m_events << QString::fromLatin1(signal + (':' + value)); }
+    QStringList m_events;
+};
 } // namespace
 
 class TestPeripherals : public QObject
@@ -53,6 +74,77 @@ class TestPeripherals : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
+    void colorsById()
+    {
+        QCOMPARE(ILed(IDevice::ID_LED_POWER).getColors(), (QList<Qt::GlobalColor>{Qt::cyan, Qt::red, Qt::green}));
+        QCOMPARE(ILed(IDevice::ID_LED_WIFI).getColors(), (QList<Qt::GlobalColor>{Qt::blue, Qt::green}));
+        QVERIFY(ILed(IDevice::ID_TEMP_CPU).getColors().isEmpty());
+    }
+
+    void onSignalOrder()
+    {
+        ILed led(IDevice::ID_LED_POWER);
+        LedEvents events(&led);
+        led.on(Qt::red);
+        QCOMPARE(events.take(), (QStringList{"color:red", "status:F_ENABLE", "mode:LED_ON"}));
+        led.on(Qt::red);
+        QCOMPARE(events.take(), QStringList());
+        led.on(Qt::cyan);
+        QCOMPARE(events.take(), QStringList{"color:cyan"});
+
+        // Green is the start colour: only the mode and status change.
+        ILed fresh(IDevice::ID_LED_POWER);
+        LedEvents freshEvents(&fresh);
+        fresh.on(Qt::green);
+        QCOMPARE(freshEvents.take(), (QStringList{"status:F_ENABLE", "mode:LED_ON"}));
+    }
+
+    void invalidColourIsStored()
+    {
+        ILed led(IDevice::ID_LED_WIFI);
+        LedEvents events(&led);
+        led.on(Qt::red);
+        QCOMPARE(events.take(), QStringList{"error:E_INVALID_COLOR"});
+        QCOMPARE(led.mode(), ILed::LED_DEFAULT);
+        QCOMPARE(led.color(), Qt::green);
+        QCOMPARE(led.status(), IDevice::DeviceFlags());
+
+        // Neither a second failure nor a success in between announces the error again.
+        led.setFlash(Qt::cyan, 100, 100);
+        led.on(Qt::blue);
+        led.on(Qt::red);
+        QCOMPARE(events.take(), (QStringList{"color:blue", "status:F_ENABLE", "mode:LED_ON"}));
+        QCOMPARE(led.error(), IDevice::E_INVALID_COLOR);
+        QCOMPARE(led.msOn(), 0);
+
+        ILed other(IDevice::ID_TEMP_CPU);
+        LedEvents otherEvents(&other);
+        other.setFlash(Qt::green, 1, 1);
+        QCOMPARE(otherEvents.take(), QStringList{"error:E_INVALID_COLOR"});
+    }
+
+    void flashReportsOffTimeOnOnTimeSignal()
+    {
+        ILed led(IDevice::ID_LED_WIFI);
+        LedEvents events(&led);
+        led.setFlash(Qt::green, 500, 250);
+        QCOMPARE(events.take(), (QStringList{"mode:LED_FLASH", "msOn:500", "msOn:250"}));
+        QCOMPARE(led.msOff(), 250);
+        QCOMPARE(led.status(), IDevice::DeviceFlags());
+        led.setFlash(Qt::blue, 500, 300);
+        QCOMPARE(events.take(), (QStringList{"color:blue", "msOn:300"}));
+
+        // Flashing keeps F_ENABLE as it is; off() clears it and keeps colour and times.
+        led.on(Qt::blue);
+        led.setFlash(Qt::blue, 500, 300);
+        QCOMPARE(events.take(), (QStringList{"status:F_ENABLE", "mode:LED_ON", "mode:LED_FLASH"}));
+        led.off();
+        led.off();
+        QCOMPARE(events.take(), (QStringList{"status:F_NOFLAGS", "mode:LED_OFF"}));
+        QCOMPARE(led.color(), Qt::blue);
+        QCOMPARE(led.msOn(), 500);
+    }
+
     // Compare-first setters announce changes only; the others announce every call.
     void setterRules_data()
     {
@@ -63,25 +155,19 @@ private Q_SLOTS:
         QTest::addColumn<QVariant>("value");
         QTest::addColumn<bool>("alwaysEmits");
         const D::DeviceType bluetooth = D::DEVICE_BUS | D::DEVICE_FIGHT_MODE;
-        setterRow("brightnes", D::ID_DISPLAY, D::DEVICE_DISPLAY, "brightnes", viaProperty("brightnes"), 40u, false);
-        setterRow("backlight", D::ID_DISPLAY, D::DEVICE_DISPLAY, "backlight", viaProperty("backlight"), true, false);
-        setterRow("io mode", D::ID_IOCONTROLLER, D::DEVICE_SERIAL, "mode", viaProperty("mode"),
+        setterRow("brightnes", D::ID_DISPLAY, D::DEVICE_DISPLAY, "brightnes", 40u, false);
+        setterRow("backlight", D::ID_DISPLAY, D::DEVICE_DISPLAY, "backlight", true, false);
+        setterRow("io mode", D::ID_IOCONTROLLER, D::DEVICE_SERIAL, "mode",
             QVariant::fromValue(IIOController::IOC_PROGRAMMING), false);
-        setterRow(
-            "jack", D::ID_AUDIO, D::DEVICE_AUDIO, "jackFlags",
-            [](D *d, const QVariant &v) { privateOf<AudioPrivate>(d)->setJackFlags(v.value<IAudio::JackFlags>()); },
-            QVariant::fromValue(IAudio::JackFlags(IAudio::JACK_MIC)), false);
-        setterRow(
-            "vibrator", D::ID_VIBRATOR, D::DEVICE_VIBRATOR, "modulationHz", viaProperty("modulationHz"), 12.5, true);
-        setterRow("name alias", D::ID_BLUETOOTH, bluetooth, "nameAlias", viaProperty("nameAlias"),
-            QStringLiteral("Quarnel 7"), true);
-        setterRow(
-            "address", D::ID_BLUETOOTH, bluetooth, "address",
-            [](D *d, const QVariant &v) { privateOf<BluetoothPrivate>(d)->onAddressChanged(v.toString()); },
-            QStringLiteral("00:1A:7D:DA:71:13"), true);
-        setterRow(
-            "pressed", D::ID_BUTTON_POWER, D::DEVICE_BUTTON, "pressed",
-            [](D *d, const QVariant &v) { privateOf<ButtonPrivate>(d)->setPressed(v.toBool()); }, true, true);
+        setterRow("jack", D::ID_AUDIO, D::DEVICE_AUDIO, "jackFlags",
+            QVariant::fromValue(IAudio::JackFlags(IAudio::JACK_MIC)), false,
+            [](D *d, const QVariant &v) { privateOf<AudioPrivate>(d)->setJackFlags(v.value<IAudio::JackFlags>()); });
+        setterRow("vibrator", D::ID_VIBRATOR, D::DEVICE_VIBRATOR, "modulationHz", 12.5, true);
+        setterRow("name alias", D::ID_BLUETOOTH, bluetooth, "nameAlias", QString("Quarnel 7"), true);
+        setterRow("address", D::ID_BLUETOOTH, bluetooth, "address", QString("00:1A:7D:DA:71:13"), true,
+            [](D *d, const QVariant &v) { privateOf<BluetoothPrivate>(d)->onAddressChanged(v.toString()); });
+        setterRow("pressed", D::ID_BUTTON_POWER, D::DEVICE_BUTTON, "pressed", true, true,
+            [](D *d, const QVariant &v) { privateOf<ButtonPrivate>(d)->setPressed(v.toBool()); });
     }
 
     void setterRules()
@@ -140,21 +226,6 @@ private Q_SLOTS:
         QCOMPARE(IButton(D::ID_BUTTON_POWER).keyId(), 0x0100003Au);
     }
 
-    // The setter and platform tables reach every class through the factory; these are the leftovers.
-    void factoryFallbacks()
-    {
-        DeviceList list;
-        const QString path = QStringLiteral("/nonexistent");
-        const IDevicePtr audio = list.add(D::ID_VIBRATOR, D::DEVICE_AUDIO, path);
-        const IDevicePtr bus = list.add(D::ID_CAN_BUS, D::DEVICE_BUS | D::DEVICE_CAN, path);
-        QCOMPARE(QByteArray(audio->metaObject()->className()), QByteArray("TQ_SPAPI::IDevice"));
-        QCOMPARE(QByteArray(bus->metaObject()->className()), QByteArray("TQ_SPAPI::IDevice"));
-        QCOMPARE(audio->path() + bus->path(), path + path);
-        const IDevicePtr io = list.add(D::ID_IOCONTROLLER, D::DEVICE_SERIAL | D::DEVICE_HOST, path);
-        QVERIFY(io.objectCast<IIOController>() && io->path().isEmpty());
-        QCOMPARE(io->type(), D::DEVICE_SERIAL | D::DEVICE_HOST);
-    }
-
     void overrides()
     {
         SystemPrivate system(System::instance());
@@ -179,65 +250,9 @@ private Q_SLOTS:
         QCOMPARE(pressed.count(), 2);
     }
 
-    void platformDevices_data()
-    {
-        QTest::addColumn<System::PlatformType>("platform");
-        QTest::addColumn<QStringList>("expected");
-        const QStringList common{"ID_LED_POWER ILed", "ID_AUDIO IAudio"};
-        const QStringList tolvex =
-            common + QStringList{"ID_DISK_USER_DATA IDisk", "ID_DISK_SYSTEM IDisk", "ID_DISPLAY IDisplay"};
-        const QStringList quarnel =
-            common + QStringList{"ID_LED_WIFI ILed", "ID_BUTTON_POWER IButton", "ID_PWM IPwmEcg"};
-        const QString bluetooth = QStringLiteral("ID_BLUETOOTH IBluetooth");
-        QTest::newRow("unknown") << System::PT_UNKNOWN << common;
-        QTest::newRow("tolvex") << System::PT_TOLVEX << tolvex;
-        QTest::newRow("tolvex plus") << System::PT_TOLVEX_PLUS << tolvex + QStringList{bluetooth};
-        QTest::newRow("quarnel") << System::PT_QUARNEL << quarnel;
-        QTest::newRow("quarnel plus") << System::PT_QUARNEL_PLUS << quarnel + QStringList{bluetooth};
-        QTest::newRow("can cpu") << System::PT_CAN_CPU_MODULE
-                                 << common + QStringList{"ID_LED_WIFI ILed", "ID_SOUND_AMPLIFIER ISoundAmplifier"};
-    }
-
-    void platformDevices()
-    {
-        QFETCH(System::PlatformType, platform);
-        QFETCH(QStringList, expected);
-        TestRoot root;
-        SystemPlatformType::type = platform;
-        System *system = System::instance();
-        QSignalSpy ready(system, &System::apiReady);
-        system->initialize(QStringLiteral("tst_peripherals"));
-
-        // Every kind built here, with the class it must have where the platform has it.
-        QMap<D::DeviceId, QByteArray> classes;
-        for (const QString &entry : expected) {
-            const QStringList parts = entry.split(' ');
-            const int id = QMetaEnum::fromType<D::DeviceId>().keyToValue(parts.at(0).toLatin1());
-            classes.insert(D::DeviceId(id), "TQ_SPAPI::" + parts.at(1).toLatin1());
-        }
-        for (D::DeviceId id :
-            {D::ID_LED_POWER, D::ID_LED_WIFI, D::ID_BLUETOOTH, D::ID_AUDIO, D::ID_VIBRATOR, D::ID_DISPLAY, D::ID_PWM,
-                D::ID_SOUND_AMPLIFIER, D::ID_USB_OTG_A, D::ID_USB_OTG_B, D::ID_DISK_USER_DATA, D::ID_IOCONTROLLER,
-                D::ID_BUTTON_POWER, D::ID_USB, D::ID_DISK_SYSTEM, D::ID_DISK_USB}) {
-            const IDevicePtr device = system->device(id);
-            QCOMPARE(device ? QByteArray(device->metaObject()->className()) : QByteArray(), classes.value(id));
-        }
-        if (IDevicePtr disk = system->device(D::ID_DISK_USER_DATA)) {
-            QCOMPARE(disk->path(), AppConfig::instance()->varPath(QStringLiteral("data")));
-        }
-
-        // apiReady comes after every start-up ability request has been served; Bluetooth had none.
-        QTRY_COMPARE(ready.count(), 1);
-        QVERIFY(system->device(D::ID_LED_POWER)->status().testFlag(D::F_ENABLE));
-        if (IDevicePtr bluetooth = system->device(D::ID_BLUETOOTH)) {
-            QCOMPARE(bluetooth->status(), D::DeviceFlags(D::F_NOFLAGS));
-        }
-    }
-
     void cleanup()
     {
         System::releaseInstance();
-        SystemPlatformType::type = System::PT_UNKNOWN;
         m_events.clear();
     }
 

@@ -1,6 +1,7 @@
 #include "logcapture.h"
 #include "systeminfostore_p.h"
 #include "testroot.h"
+#include "testsystem.h"
 
 #include <vantix/system.h>
 
@@ -18,16 +19,6 @@
 using namespace TQ_SPAPI;
 
 namespace {
-// A fresh System started as on power-up, with the given arguments.
-System *start(System::PlatformType platform, const QStringList &args = {})
-{
-    System::releaseInstance();
-    AppConfig::instance()->setArguments(QStringList{"test"} + args);
-    SystemPlatformType::type = platform;
-    System::instance()->initialize("tst_systeminfo");
-    return System::instance();
-}
-
 QString info(const QString &key)
 {
     return System::instance()->systemInfo().value(key).toString();
@@ -75,7 +66,7 @@ private Q_SLOTS:
         TestRoot root;
         const QDate before = QDate::currentDate();
         const QString file = expected.section(' ', 0, 0), id = expected.section(' ', 4);
-        start(System::PlatformType(platform), id == "200-00000" ? QStringList() : QStringList{"--id", id});
+        startSystem(platform, id == "200-00000" ? QStringList() : QStringList{"--id", id});
 
         QCOMPARE(QStringList({file, info("HW_BOARD_ID"), info("HW_BOARD_REVISION"), info("TQ_PRODUCT_SERIAL"),
                      info("TQ_PRODUCT_ID")}),
@@ -105,7 +96,7 @@ private Q_SLOTS:
     void restarts()
     {
         TestRoot root;
-        System *system = start(System::PT_TOLVEX, {"--id", "111-11111"});
+        System *system = startSystem(System::PT_TOLVEX, {"--id", "111-11111"});
         const QVariantMap first = system->systemInfo();
         QSettings file(SystemInfoStore::filePath(System::PT_TOLVEX), QSettings::IniFormat);
         file.setValue("API_NAME", "Old");
@@ -113,7 +104,7 @@ private Q_SLOTS:
         file.sync();
 
         // Identity survives whatever "--id" says now; per-start entries are refreshed.
-        system = start(System::PT_TOLVEX, {"--id", "222-22222"});
+        system = startSystem(System::PT_TOLVEX, {"--id", "222-22222"});
         for (const char *key : {"TQ_PRODUCT_UUID", "TQ_PRODUCT_DATE", "TQ_PRODUCT_ID"}) {
             QCOMPARE(info(key), first.value(key).toString());
         }
@@ -124,12 +115,12 @@ private Q_SLOTS:
         system->addSystemInfoPair("A", "1");
         file.sync();
         QCOMPARE(file.value("A").toString() + file.value("SYSCTRL_VERSION").toString(), QString("1X.X"));
-        system = start(System::PT_TOLVEX);
+        system = startSystem(System::PT_TOLVEX);
         QCOMPARE(info("A"), QString("1"));
         system->deleteSystemInfoKey("A");
         QVERIFY(!system->systemInfo().contains("A"));
         QCOMPARE(changed.count(), 0);
-        start(System::PT_TOLVEX);
+        startSystem(System::PT_TOLVEX);
         QCOMPARE(info("A"), QString("1"));
     }
 
@@ -138,11 +129,11 @@ private Q_SLOTS:
         TestRoot root;
         writeFile(root.path() + "/os-release", "NAME=\"Test OS\"\nVERSION=  \" 4.2 (calm) \"\n");
         SystemInfoStore::setOsReleasePath(root.path() + "/os-release");
-        start(System::PT_QUARNEL);
+        startSystem(System::PT_QUARNEL);
         QCOMPARE(info("OS_NAME") + '|' + info("OS_VERSION"), QString("Test OS|4.2 (calm)"));
 
         SystemInfoStore::setOsReleasePath(root.path() + "/missing");
-        start(System::PT_QUARNEL);
+        startSystem(System::PT_QUARNEL);
         QVERIFY(System::instance()->systemInfo().contains("OS_NAME"));
         QCOMPARE(info("OS_NAME") + info("OS_VERSION"), QString());
 
@@ -151,7 +142,7 @@ private Q_SLOTS:
         const QRegularExpression name("^NAME=\"?([^\"\n]*)", QRegularExpression::MultilineOption);
         const QRegularExpressionMatch host = name.match(QString::fromUtf8(readAll("/etc/os-release")));
         if (host.hasMatch()) {
-            start(System::PT_QUARNEL);
+            startSystem(System::PT_QUARNEL);
             QCOMPARE(info("OS_NAME"), host.captured(1).trimmed());
         }
     }
@@ -185,7 +176,7 @@ private Q_SLOTS:
         const QString kept = path + (olderCopy ? ".corrupt.2" : ".corrupt");
 
         LogCapture log;
-        start(System::PT_TOLVEX);
+        startSystem(System::PT_TOLVEX);
         QVERIFY(log.contains(QString("Damaged nvram file \"%1\" (%2) kept as \"%3\"; a new identity is generated")
                                  .arg(path, damage, kept),
             QtWarningMsg));
@@ -221,7 +212,7 @@ private Q_SLOTS:
         }
 
         LogCapture log;
-        System *system = start(System::PT_QUARNEL);
+        System *system = startSystem(System::PT_QUARNEL);
         const QString warning = QString("Cannot write nvram file \"%1\"; system information is kept in memory only")
                                     .arg(SystemInfoStore::filePath(System::PT_QUARNEL));
         QCOMPARE(log.count(warning), 1);
