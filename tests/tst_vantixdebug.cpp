@@ -216,6 +216,22 @@ void TestVantixDebug::commands_data()
     QTest::newRow("mic keeps headphone") << tolvex << QStringList{QStringLiteral("jack")} << "mic" << int(D::ID_AUDIO)
                                          << QByteArray("jackFlags") << QVariant(3) << false;
 
+    // Reading numbers and words: as QString::toInt() and QString::toLower() do.
+    QTest::newRow("channel with plus") << tolvex << QStringList() << "setwifichannel,+6" << int(D::ID_NETWORK_WIFI)
+                                       << QByteArray("wifiChannel") << QVariant(6) << false;
+    QTest::newRow("channel with blanks") << tolvex << QStringList() << "setwifichannel, 7 " << int(D::ID_NETWORK_WIFI)
+                                         << QByteArray("wifiChannel") << QVariant(7) << false;
+    QTest::newRow("channel too big") << tolvex << QStringList{QStringLiteral("setwifichannel,3")}
+                                     << "setwifichannel,2147483648" << int(D::ID_NETWORK_WIFI)
+                                     << QByteArray("wifiChannel") << QVariant(0) << false;
+    QTest::newRow("channel negative") << tolvex << QStringList() << "setwifichannel,-12" << int(D::ID_NETWORK_WIFI)
+                                      << QByteArray("wifiChannel") << QVariant(-12) << false;
+    QTest::newRow("kelvin sign lowers to k") << tolvex << QStringList() << QString::fromUtf8("JAC\u212A")
+                                             << int(D::ID_AUDIO) << QByteArray("jackFlags") << QVariant(1) << false;
+    QTest::newRow("long s is not s") << tolvex << QStringList{QStringLiteral("setssid,Lab")}
+                                     << QString::fromUtf8("\u017Fetssid,Other") << int(D::ID_NETWORK_WIFI)
+                                     << QByteArray("wifiSsid") << QVariant(QStringLiteral("Lab")) << true;
+
     // Malformed.
     QTest::newRow("blanks only") << tolvex << QStringList() << "   " << int(D::ID_AUDIO) << QByteArray("jackFlags")
                                  << QVariant(0) << true;
