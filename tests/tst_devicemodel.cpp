@@ -6,6 +6,7 @@
 
 #include <vantix/idevice.h>
 
+#include <QAbstractEventDispatcher>
 #include <QElapsedTimer>
 #include <QFile>
 #include <QPointer>
@@ -153,6 +154,14 @@ void TestDeviceModel::setThenClearGivesTwoChanges()
     QTRY_COMPARE(status.count(), 2);
     QCOMPARE(status.at(0).at(0).value<IDevice::DeviceFlags>(), IDevice::DeviceFlags(IDevice::F_ACTIVE));
     QCOMPARE(status.at(1).at(0).value<IDevice::DeviceFlags>(), IDevice::DeviceFlags());
+
+    // Requested in the same instant, they still apply in the order asked.
+    status.clear();
+    device.setAbility(IDevice::F_ACTIVE);
+    device.clearAbility(IDevice::F_ACTIVE);
+    QTRY_COMPARE(status.count(), 2);
+    QCOMPARE(status.at(0).at(0).value<IDevice::DeviceFlags>(), IDevice::DeviceFlags(IDevice::F_ACTIVE));
+    QCOMPARE(status.at(1).at(0).value<IDevice::DeviceFlags>(), IDevice::DeviceFlags());
 }
 
 void TestDeviceModel::abilityKeepsStatusSetMeanwhile()
@@ -167,6 +176,8 @@ void TestDeviceModel::abilityKeepsStatusSetMeanwhile()
 
 void TestDeviceModel::deviceDeletedBeforeTimer()
 {
+    const QAbstractEventDispatcher *dispatcher = QAbstractEventDispatcher::instance();
+    const int timerObjects = dispatcher->children().size();
     QPointer<IDevice> device = new IDevice(IDevice::ID_AUDIO, IDevice::DEVICE_AUDIO, QString());
     int changes = 0;
     connect(device, &IDevice::statusChanged, this, [&changes] { ++changes; });
@@ -174,6 +185,9 @@ void TestDeviceModel::deviceDeletedBeforeTimer()
     device->clearAbility(IDevice::F_ACTIVE);
     delete device;
     QVERIFY(device.isNull());
+    // The pending requests went with the device: nothing waits out the delay
+    // for it, however many devices come and go in that time.
+    QCOMPARE(dispatcher->children().size(), timerObjects);
     QTest::qWait(200);
     QCOMPARE(changes, 0);
 }
@@ -187,8 +201,7 @@ void TestDeviceModel::resetOnlyLogs()
     QCOMPARE(log.records().size(), 1);
     QCOMPARE(log.records().at(0).type, QtDebugMsg);
     QVERIFY(log.records().at(0).message.isEmpty());
-    QVERIFY2(log.records().at(0).function.contains(QLatin1String("reset")),
-             qPrintable(log.records().at(0).function));
+    QVERIFY2(log.records().at(0).function.contains(QLatin1String("reset")), qPrintable(log.records().at(0).function));
     QCOMPARE(device.status(), IDevice::DeviceFlags());
     QTest::qWait(120);
     QCOMPARE(status.count(), 0);
