@@ -8,6 +8,7 @@
 #include <vantix/system.h>
 
 #include <qbcommon/appconfig.h>
+#include <qbcommon/networkmanager.h>
 
 #include <QCoreApplication>
 #include <QElapsedTimer>
@@ -24,6 +25,7 @@ QT_WARNING_POP
 #include <benchmark/benchmark.h>
 
 #include <cstdio>
+#include <cstring>
 #include <map>
 #include <memory>
 
@@ -183,18 +185,34 @@ std::string childMode(const char *mode)
 }
 
 // An existing unit started in a fresh process: the first initialize() there.
+// A second process per run builds the host's configuration manager before
+// initialize(), which tells the start without the bearer plugins apart.
 void firstInProcess(benchmark::State &state, System::PlatformType platform)
 {
     QTemporaryDir root;
     const std::vector<std::string> argv{
         selfPath(), childMode("first-init"), std::to_string(int(platform)), root.path().toStdString()};
+    std::vector<std::string> hostFirst = argv;
+    hostFirst.push_back("host-first");
     // The unit's first start creates its nvram file; it is not what is measured.
     runChild(argv);
+    double withoutHost = 0;
+    double host = 0;
     for (auto _ : state) {
         if (!runTimedChild(state, argv)) {
             return;
         }
+        int exitCode = -1;
+        const auto split = parseFigures(runChild(hostFirst, &exitCode));
+        if (exitCode != 0 || !split.count("init_us") || !split.count("host_us")) {
+            state.SkipWithError("child failed");
+            return;
+        }
+        withoutHost += split.at("init_us") / 1e6;
+        host += split.at("host_us") / 1e6;
     }
+    state.counters["without_host_s"] = benchmark::Counter(withoutHost, benchmark::Counter::kAvgIterations);
+    state.counters["host_s"] = benchmark::Counter(host, benchmark::Counter::kAvgIterations);
 }
 
 void firstPlain(benchmark::State &state, long objects)
@@ -318,6 +336,11 @@ int runFirstStartChild(const std::string &mode, int argc, char *argv[])
     qint64 ns = 0;
     if (mode == "first-init" && argc >= 2) {
         AppConfig::instance()->setRootPath(QString::fromLocal8Bit(argv[1]));
+        if (argc >= 3 && std::strcmp(argv[2], "host-first") == 0) {
+            clock.start();
+            NetworkManager::instance()->configurationManager();
+            std::printf("host_us=%.3f ", double(clock.nsecsElapsed()) / 1e3);
+        }
         clock.start();
         startPlatform(System::PlatformType(std::atoi(argv[0])));
         ns = clock.nsecsElapsed();
