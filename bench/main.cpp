@@ -105,6 +105,12 @@ std::string format(double value, Unit unit)
     return text;
 }
 
+// A difference with its sign.
+std::string signedFormat(double value, Unit unit)
+{
+    return (value >= 0 ? "+" : "-") + format(std::fabs(value), unit);
+}
+
 struct Row
 {
     std::string label;
@@ -174,12 +180,12 @@ void buildStartup()
     for (const Platform &p : platforms()) {
         if (const Result *m = result(named("Process/vantix-sim/", p))) {
             add({std::string("vantix-sim ") + p.name, m->seconds, bare->seconds, Unit::Time,
-                "+" + format(m->seconds - bare->seconds, Unit::Time), ""});
+                signedFormat(m->seconds - bare->seconds, Unit::Time), ""});
         }
     }
     if (const Result *m = result("Process/bare-qt-bearer")) {
         add({"(host part) bare Qt + configuration manager + interfaces", m->seconds, bare->seconds, Unit::Time,
-            "+" + format(m->seconds - bare->seconds, Unit::Time), ""});
+            signedFormat(m->seconds - bare->seconds, Unit::Time), ""});
     }
 }
 
@@ -285,13 +291,13 @@ void buildMemory()
             continue;
         }
         const double rss = counter(m, "maxrss_kib");
-        add({std::string("vantix-sim ") + p.name, rss, base, Unit::KiB, "+" + format(rss - base, Unit::KiB), "< +2 MiB",
+        add({std::string("vantix-sim ") + p.name, rss, base, Unit::KiB, signedFormat(rss - base, Unit::KiB), "< +2 MiB",
             rss - base < 2048});
     }
     if (const Result *m = result("Process/bare-qt-bearer")) {
         const double rss = counter(m, "maxrss_kib");
         add({"(host part) bare Qt + configuration manager + interfaces", rss, base, Unit::KiB,
-            "+" + format(rss - base, Unit::KiB), ""});
+            signedFormat(rss - base, Unit::KiB), ""});
     }
 }
 
