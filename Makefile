@@ -14,7 +14,7 @@ SANITIZER_ENV = ASAN_OPTIONS=detect_leaks=1:abort_on_error=0:strict_string_check
 	LSAN_OPTIONS=suppressions=$(CURDIR)/scripts/lsan.supp:print_suppressions=0 \
 	UBSAN_OPTIONS=print_stacktrace=1:halt_on_error=1
 
-.PHONY: all deps configure build run test test-asan fuzz format clean
+.PHONY: all deps configure build run test test-asan fuzz bench format clean
 
 all: build
 
@@ -32,6 +32,10 @@ run: build
 
 test: build
 	cd $(BUILD_DIR) && ctest --output-on-failure -j $(JOBS)
+
+# Benchmarks with their baselines and targets (bench/README.md); not part of `make test`.
+bench: build
+	@./scripts/bench.sh $(BUILD_DIR)
 
 test-asan: deps
 	@cmake -S . -B $(ASAN_BUILD_DIR) -DCMAKE_BUILD_TYPE=Debug -DBUILD_TESTING=ON -DVANTIX_SANITIZE=ON >/dev/null

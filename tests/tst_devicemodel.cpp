@@ -6,6 +6,7 @@
 
 #include <vantix/idevice.h>
 
+#include <QAbstractEventDispatcher>
 #include <QElapsedTimer>
 #include <QFile>
 #include <QPointer>
@@ -100,6 +101,14 @@ private Q_SLOTS:
         QTRY_COMPARE(status.count(), 3);
         QCOMPARE(status.at(1).at(0).value<D::DeviceFlags>(), D::F_CHARGE | D::F_ACTIVE);
         QCOMPARE(status.at(2).at(0).value<D::DeviceFlags>(), D::DeviceFlags(D::F_CHARGE));
+
+        // Requested in the same instant, they still apply in the order asked.
+        status.clear();
+        device.setAbility(D::F_ACTIVE);
+        device.clearAbility(D::F_ACTIVE);
+        QTRY_COMPARE(status.count(), 2);
+        QCOMPARE(status.at(0).at(0).value<D::DeviceFlags>(), D::F_CHARGE | D::F_ACTIVE);
+        QCOMPARE(status.at(1).at(0).value<D::DeviceFlags>(), D::DeviceFlags(D::F_CHARGE));
     }
 
     void clearAbilityIsNeverDropped()
@@ -120,12 +129,17 @@ private Q_SLOTS:
 
     void deviceDeletedBeforeTimer()
     {
+        const QAbstractEventDispatcher *dispatcher = QAbstractEventDispatcher::instance();
+        const int timerObjects = dispatcher->children().size();
         QPointer<IDevice> device = new IDevice(D::ID_AUDIO, D::DEVICE_AUDIO, QString());
         int changes = 0;
         connect(device, &D::statusChanged, this, [&changes] { ++changes; });
         device->setAbility(D::F_ENABLE);
         device->clearAbility(D::F_ACTIVE);
         delete device;
+        // The pending requests went with the device: nothing waits out the
+        // delay for it, however many devices come and go in that time.
+        QCOMPARE(dispatcher->children().size(), timerObjects);
         QTest::qWait(200);
         QCOMPARE(changes, 0);
     }

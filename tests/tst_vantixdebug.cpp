@@ -150,6 +150,14 @@ private Q_SLOTS:
         // Malformed.
         row("blanks only", "", "   ", D::ID_AUDIO, "jackFlags", 0, true);
         row("unknown word", "", "explode,1", D::ID_AUDIO, "jackFlags", 0, true);
+
+        // Reading numbers and words: as QString::toInt() and QString::toLower() do.
+        row("channel with plus", "", "setwifichannel,+6", wifi, "wifiChannel", 6);
+        row("channel with blanks", "", "setwifichannel, 7 ", wifi, "wifiChannel", 7);
+        row("channel too big", "setwifichannel,3", "setwifichannel,2147483648", wifi, "wifiChannel", 0);
+        row("channel negative", "", "setwifichannel,-12", wifi, "wifiChannel", -12);
+        row("kelvin sign lowers to k", "", "JAC\u212A", D::ID_AUDIO, "jackFlags", 1);
+        row("long s is not s", "setssid,Lab", "\u017Fetssid,Other", wifi, "wifiSsid", QStringLiteral("Lab"), true);
     }
 
     void commands()

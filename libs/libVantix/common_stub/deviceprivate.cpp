@@ -2,7 +2,7 @@
 
 #include <QDebug>
 #include <QFile>
-#include <QTimer>
+#include <QTimerEvent>
 
 #include <cmath>
 
@@ -39,30 +39,45 @@ void DevicePrivate::setAbility(IDevice::Flags flags)
         return;
     }
     abilities |= flags;
-    QTimer::singleShot(AbilityDelayMs, this, [this, flags] {
-        // Re-read the status now: changes made meanwhile are kept.
-        const IDevice::DeviceFlags newStatus = status | flags;
-        if (newStatus != status) {
-            setStatus(newStatus);
-        }
-    });
+    applyAbilityLater(flags, true);
 }
 
 void DevicePrivate::clearAbility(IDevice::Flags flags)
 {
     // Never dropped, and not checked against what was requested.
     abilities &= ~IDevice::DeviceFlags(flags);
-    QTimer::singleShot(AbilityDelayMs, this, [this, flags] {
-        const IDevice::DeviceFlags newStatus = status & ~IDevice::DeviceFlags(flags);
+    applyAbilityLater(flags, false);
+}
+
+// A timer of this object rather than a single-shot timer object: it goes with
+// the device, so a device unplugged before the delay is over leaves nothing
+// behind, however fast devices come and go. Precise, as a single-shot timer
+// of this length is, so requests apply in the order they were made.
+void DevicePrivate::applyAbilityLater(IDevice::Flags flags, bool set)
+{
+    m_pendingAbilities.append({startTimer(AbilityDelayMs, Qt::PreciseTimer), flags, set});
+}
+
+void DevicePrivate::timerEvent(QTimerEvent *event)
+{
+    for (int i = 0; i < m_pendingAbilities.size(); ++i) {
+        if (m_pendingAbilities.at(i).timerId != event->timerId()) {
+            continue;
+        }
+        const PendingAbility pending = m_pendingAbilities.takeAt(i);
+        killTimer(pending.timerId);
+        // Re-read the status now: changes made meanwhile are kept.
+        const IDevice::DeviceFlags newStatus =
+            pending.set ? status | pending.flags : status & ~IDevice::DeviceFlags(pending.flags);
         if (newStatus != status) {
             setStatus(newStatus);
         }
-    });
+        return;
+    }
+    QObject::timerEvent(event);
 }
 
-void DevicePrivate::initialize()
-{
-}
+void DevicePrivate::initialize() { }
 
 IDevice::DeviceError DevicePrivate::error() const
 {

@@ -6,6 +6,7 @@
 
 #include <QObject>
 #include <QString>
+#include <QVector>
 
 namespace TQ_SPAPI {
 
@@ -57,9 +58,23 @@ public:
     IDevice::DeviceError lastError = IDevice::E_NO_ERROR;
     IDevice::DeviceFlags abilities;
 
+protected:
+    void timerEvent(QTimerEvent *event) override;
+
 private:
     // The readers that never fail: NaN becomes 0 after a warning.
     qreal valueOrZero(qreal value, const QString &name) const;
+
+    /// Sets (@p set) or clears @p flags in the status once the hardware's delay has passed.
+    void applyAbilityLater(IDevice::Flags flags, bool set);
+
+    struct PendingAbility
+    {
+        int timerId;
+        IDevice::Flags flags;
+        bool set;
+    };
+    QVector<PendingAbility> m_pendingAbilities;
 
     Q_DISABLE_COPY(DevicePrivate)
 };

@@ -84,14 +84,18 @@ public:
     void removeDevice(IDevice::DeviceId id);
 
 private Q_SLOTS:
-    void onVantixDebugChanged(QString newValue);
+    // By reference: the meta-object still lists onVantixDebugChanged(QString),
+    // and delivering a command copies no string.
+    void onVantixDebugChanged(const QString &newValue);
     void onDeviceStatusChanged(TQ_SPAPI::IDevice::DeviceFlags deviceStatus);
 
 private:
     VantixDebug();
     ~VantixDebug() override;
 
-    bool runCommand(const QString &command, const QStringList &args);
+    /// A command text as read; the command grammar defines it.
+    struct Command;
+    bool runCommand(const Command &command);
     IDevicePtr plugOtgPort(IDevice::DeviceId id);
     /// Flips one jack bit of the audio device; false when there is no audio device.
     bool toggleJack(IAudio::JackFlag flag);

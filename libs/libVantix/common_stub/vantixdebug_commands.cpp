@@ -1,4 +1,8 @@
 // The text commands of the debug controller, as written to the parameter "VantixDebug".
+//
+// A tool may write commands as fast as it likes, so reading one allocates
+// nothing in the common case: the tokens are views into the text, and the
+// command word is compared without making a lower-case copy of it.
 
 #include "vantixdebug.h"
 
@@ -6,16 +10,87 @@
 #include <qbcom/qbparameter.h>
 
 #include <QDebug>
+#include <QStringView>
 
 namespace TQ_SPAPI {
 
 namespace {
 using D = IDevice;
 
-// The battery a selector names: the second only for exactly "2".
-D::DeviceId batteryOf(const QStringList &args)
+// The grammar reads the command word and at most two arguments; later tokens are ignored.
+constexpr int MaxArgs = 2;
+
+// One command text as read: views of the command word and of the arguments the grammar uses.
+struct ParsedCommand
 {
-    return !args.isEmpty() && args.first() == QLatin1String("2") ? D::ID_BATTERY_2ND : D::ID_BATTERY_1ST;
+    QStringView word;
+    QStringView args[MaxArgs];
+    int argCount = 0; // counted up to MaxArgs
+
+    /**
+     * Whether the word in lower case is @p name (lower-case ASCII letters).
+     * For ASCII, lower case only maps A to Z, and t | 0x20 equals a letter
+     * exactly for that letter and its capital.
+     */
+    template<int N>
+    bool is(const char (&name)[N]) const
+    {
+        if (word.size() != N - 1) {
+            return false;
+        }
+        for (int i = 0; i < N - 1; ++i) {
+            if ((word[i].unicode() | 0x20) != char16_t(name[i])) {
+                return false;
+            }
+        }
+        return true;
+    }
+    bool hasArg() const { return argCount > 0; }
+};
+
+// Splits at every comma and drops empty pieces. Nothing is trimmed:
+// "addbattery, 2" names the battery " 2", not "2". False if no token is left.
+bool parse(QStringView text, ParsedCommand &command)
+{
+    int tokens = 0;
+    const QChar *const end = text.data() + text.size();
+    for (const QChar *start = text.data();; ++start) {
+        const QChar *stop = start;
+        while (stop != end && *stop != QLatin1Char(',')) {
+            ++stop;
+        }
+        if (stop != start) {
+            const QStringView token(start, stop - start);
+            if (tokens == 0) {
+                command.word = token;
+            } else {
+                command.args[tokens - 1] = token;
+                command.argCount = tokens;
+            }
+            ++tokens;
+        }
+        if (stop == end || tokens > MaxArgs) {
+            break;
+        }
+        start = stop;
+    }
+    return tokens > 0;
+}
+
+bool isAscii(QStringView text)
+{
+    for (const QChar c : text) {
+        if (c.unicode() >= 0x80) {
+            return false;
+        }
+    }
+    return true;
+}
+
+// The battery a selector names: the second only for exactly "2".
+D::DeviceId batteryOf(const ParsedCommand &command)
+{
+    return command.hasArg() && command.args[0] == QLatin1String("2") ? D::ID_BATTERY_2ND : D::ID_BATTERY_1ST;
 }
 
 // Value commands read their tokens by count: "cmd,v" sets the first battery,
@@ -23,34 +98,58 @@ D::DeviceId batteryOf(const QStringList &args)
 struct BatteryValue
 {
     D::DeviceId battery;
-    QString value;
+    QStringView value;
 };
 
-BatteryValue batteryValue(const QStringList &args)
+BatteryValue batteryValue(const ParsedCommand &command)
 {
-    if (args.size() == 1) {
-        return {D::ID_BATTERY_1ST, args.first()};
+    if (command.argCount == 1) {
+        return {D::ID_BATTERY_1ST, command.args[0]};
     }
-    return {batteryOf(args), args.at(1)};
+    return {batteryOf(command), command.args[1]};
 }
 
-// Numbers that do not parse become 0 and are applied as such.
-int toInt(const QString &text)
+// QString::toInt(nullptr, 10): numbers that do not parse become 0 and are
+// applied as such. Plain numbers of up to nine digits are read here; blanks,
+// bigger and malformed numbers are left to Qt, which decides as it always did.
+int toInt(QStringView text)
 {
-    return text.toInt(nullptr, 10);
+    qsizetype i = 0;
+    bool negative = false;
+    if (!text.isEmpty() && (text[0] == QLatin1Char('-') || text[0] == QLatin1Char('+'))) {
+        negative = text[0] == QLatin1Char('-');
+        i = 1;
+    }
+    const qsizetype digits = text.size() - i;
+    if (digits >= 1 && digits <= 9) {
+        int value = 0;
+        for (; i < text.size(); ++i) {
+            const char16_t c = text[i].unicode();
+            if (c < u'0' || c > u'9') {
+                return text.toString().toInt(nullptr, 10);
+            }
+            value = value * 10 + (c - u'0');
+        }
+        return negative ? -value : value;
+    }
+    return text.toString().toInt(nullptr, 10);
 }
 
 // QString::toDouble reads the C locale's point whatever the system locale.
-double toDouble(const QString &text)
+double toDouble(QStringView text)
 {
-    return text.toDouble();
+    return text.toString().toDouble();
 }
 
-QString optional(const QStringList &args)
+QString optional(const ParsedCommand &command)
 {
-    return args.isEmpty() ? QString() : args.first();
+    return command.hasArg() ? command.args[0].toString() : QString();
 }
 } // namespace
+
+struct VantixDebug::Command : ParsedCommand
+{
+};
 
 void VantixDebug::setParameterController(TQ_QBCom::ParameterController &controller)
 {
@@ -59,75 +158,81 @@ void VantixDebug::setParameterController(TQ_QBCom::ParameterController &controll
     connect(m_parameter, &TQ_QBCom::QBParameter::valueChanged, this, &VantixDebug::onVantixDebugChanged);
 }
 
-void VantixDebug::onVantixDebugChanged(QString newValue)
+void VantixDebug::onVantixDebugChanged(const QString &newValue)
 {
-    // Blanks are kept: "addbattery, 2" names the battery " 2", not "2".
-    const QStringList tokens = newValue.split(QLatin1Char(','), Qt::SkipEmptyParts);
-    if (tokens.isEmpty()) {
+    Command command;
+    if (!parse(newValue, command)) {
         return;
     }
-    if (!runCommand(tokens.first().toLower(), tokens.mid(1))) {
-        qDebug() << "Illegal command";
+    bool known = runCommand(command);
+    if (!known && !isAscii(command.word)) {
+        // Qt's full case mapping may still make a command word of it (KELVIN SIGN lowers to 'k').
+        const QString lower = command.word.toString().toLower();
+        if (isAscii(lower)) {
+            command.word = lower;
+            known = runCommand(command);
+        }
+    }
+    if (!known) {
+        // The printf form writes the same record without a debug stream to build.
+        qDebug("Illegal command");
     }
 }
 
-// Compared in order; a command lacking a required argument matches nothing.
-bool VantixDebug::runCommand(const QString &command, const QStringList &args)
+// Each word names one command; one lacking a required argument matches nothing.
+bool VantixDebug::runCommand(const Command &c)
 {
-    const auto is = [&command](const char *word) { return command == QLatin1String(word); };
-    const bool hasArg = !args.isEmpty();
-
-    if (is("addbattery")) {
-        addBattery(batteryOf(args));
-    } else if (is("rmbattery")) {
-        removeBattery(batteryOf(args));
-    } else if (is("setbatteryfuel") && hasArg) {
-        const BatteryValue v = batteryValue(args);
+    if (c.is("addbattery")) {
+        addBattery(batteryOf(c));
+    } else if (c.is("rmbattery")) {
+        removeBattery(batteryOf(c));
+    } else if (c.is("setbatteryfuel") && c.hasArg()) {
+        const BatteryValue v = batteryValue(c);
         overrideFuelGauge(v.battery, toInt(v.value));
-    } else if (is("togglecharging")) {
-        overrideChargeToggle(batteryOf(args));
-    } else if (is("setbatterycurrent") && hasArg) {
-        const BatteryValue v = batteryValue(args);
+    } else if (c.is("togglecharging")) {
+        overrideChargeToggle(batteryOf(c));
+    } else if (c.is("setbatterycurrent") && c.hasArg()) {
+        const BatteryValue v = batteryValue(c);
         overrideCurrent(v.battery, toDouble(v.value));
-    } else if (is("setwiredstate") && hasArg) {
-        overrideNetworkState(D::ID_NETWORK_LAN, INetwork::NetworkState(toInt(args.first())));
-    } else if (is("setwifistate") && hasArg) {
-        overrideNetworkState(D::ID_NETWORK_WIFI, INetwork::NetworkState(toInt(args.first())));
-    } else if (is("setwiredip")) {
-        overrideIP(D::ID_NETWORK_LAN, optional(args));
-    } else if (is("setwifiip")) {
-        overrideIP(D::ID_NETWORK_WIFI, optional(args));
-    } else if (is("setssid")) {
-        overrideSSID(optional(args));
-    } else if (is("setwifichannel") && hasArg) {
-        overrideWifiChannel(toInt(args.first()));
-    } else if (is("setwifisignalstrength") && hasArg) {
-        overrideWifiSignalStrength(toInt(args.first()));
-    } else if (is("enablewifi")) {
+    } else if (c.is("setwiredstate") && c.hasArg()) {
+        overrideNetworkState(D::ID_NETWORK_LAN, INetwork::NetworkState(toInt(c.args[0])));
+    } else if (c.is("setwifistate") && c.hasArg()) {
+        overrideNetworkState(D::ID_NETWORK_WIFI, INetwork::NetworkState(toInt(c.args[0])));
+    } else if (c.is("setwiredip")) {
+        overrideIP(D::ID_NETWORK_LAN, optional(c));
+    } else if (c.is("setwifiip")) {
+        overrideIP(D::ID_NETWORK_WIFI, optional(c));
+    } else if (c.is("setssid")) {
+        overrideSSID(optional(c));
+    } else if (c.is("setwifichannel") && c.hasArg()) {
+        overrideWifiChannel(toInt(c.args[0]));
+    } else if (c.is("setwifisignalstrength") && c.hasArg()) {
+        overrideWifiSignalStrength(toInt(c.args[0]));
+    } else if (c.is("enablewifi")) {
         overrideWifiEnabled(true);
-    } else if (is("disablewifi")) {
+    } else if (c.is("disablewifi")) {
         overrideWifiEnabled(false);
-    } else if (is("setwificountry") && hasArg) {
-        overrideWifiCountry(args.first());
-    } else if (is("addotgb")) {
+    } else if (c.is("setwificountry") && c.hasArg()) {
+        overrideWifiCountry(c.args[0].toString());
+    } else if (c.is("addotgb")) {
         addOtgB();
-    } else if (is("activateotgb")) {
+    } else if (c.is("activateotgb")) {
         if (m_otgB) {
             m_otgB->setAbility(D::F_ACTIVE);
         }
-    } else if (is("rmotgb")) {
+    } else if (c.is("rmotgb")) {
         rmOtgB();
-    } else if (is("addotga")) {
+    } else if (c.is("addotga")) {
         addOtgA();
-    } else if (is("rmotga")) {
+    } else if (c.is("rmotga")) {
         rmOtgA();
-    } else if (is("pwrpress")) {
+    } else if (c.is("pwrpress")) {
         pressPowerButton(true);
-    } else if (is("pwrrelase")) {
+    } else if (c.is("pwrrelase")) {
         pressPowerButton(false);
-    } else if (is("jack")) {
+    } else if (c.is("jack")) {
         toggleJack(IAudio::JACK_HEADPHONE);
-    } else if (is("mic")) {
+    } else if (c.is("mic")) {
         toggleJack(IAudio::JACK_MIC);
     } else {
         return false;

@@ -51,7 +51,11 @@ bool VantixDebug::onKeyReleaseEvent(QKeyEvent *event)
     if (!m_systemPrivate || !event->spontaneous() || event->isAutoRepeat()) {
         return false;
     }
-    const Qt::KeyboardModifiers modifiers = event->modifiers();
+    // QKeyEvent::modifiers() corrects the input event's modifiers only when
+    // the key is itself a modifier (Shift, Control, Alt, Meta, AltGr), and no
+    // shortcut here is one. Its inline base accessor reads the same state and
+    // spares every application this library the link to QtGui and its stack.
+    const Qt::KeyboardModifiers modifiers = event->QInputEvent::modifiers();
     const int key = event->key();
 
     if (modifiers == Qt::KeypadModifier) {

@@ -27,7 +27,7 @@ void NetworkPrivate::initialize()
 {
     findInterface();
     // Read once: the hardware address of an interface does not change while it exists.
-    macAddress = QNetworkInterface::interfaceFromIndex(interfaceIndex).hardwareAddress();
+    macAddress = hostInterface().hardwareAddress();
     updateInfo();
     if (pollTimer || m_pollingStopped) {
         return;
@@ -52,6 +52,14 @@ int NetworkPrivate::firstInterfaceIndex(QLatin1String prefix)
         }
     }
     return -1;
+}
+
+QNetworkInterface NetworkPrivate::hostInterface() const
+{
+    // Qt lists every interface of the host to answer a lookup by index, even
+    // for -1, which no interface has; without a chosen interface the answer is
+    // the invalid interface anyway, so the host is not asked.
+    return interfaceIndex < 0 ? QNetworkInterface() : QNetworkInterface::interfaceFromIndex(interfaceIndex);
 }
 
 void NetworkPrivate::setStaticIp(const QHostAddress &address, const QHostAddress &netmask, const QHostAddress &gateway)
@@ -104,7 +112,7 @@ void NetworkPrivate::updateInfo()
 {
     // An index of -1, or of an interface gone meanwhile, gives an invalid
     // interface: no addresses and no flags.
-    const QNetworkInterface iface = QNetworkInterface::interfaceFromIndex(interfaceIndex);
+    const QNetworkInterface iface = hostInterface();
 
     QString newIp;
     const auto entries = iface.addressEntries();

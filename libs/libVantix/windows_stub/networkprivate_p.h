@@ -8,6 +8,7 @@
 #include "networkconfigurations_p.h"
 
 #include <QLatin1String>
+#include <QNetworkInterface>
 #include <QPointer>
 #include <QString>
 
@@ -58,6 +59,8 @@ protected:
     INetwork *network() const { return static_cast<INetwork *>(q); }
     /// Index of the first host interface whose name begins with @p prefix, or -1.
     static int firstInterfaceIndex(QLatin1String prefix);
+    /// The host interface with the stored index, as Qt finds it now; invalid without one.
+    QNetworkInterface hostInterface() const;
     /// Deletes the poll timer; the device never polls again.
     void stopPolling();
 
