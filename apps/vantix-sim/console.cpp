@@ -197,29 +197,7 @@ QString propertyText(const QObject *object, const QMetaProperty &property)
 
 bool isNumeric(int typeId)
 {
-    switch (typeId) {
-    case QMetaType::Int:
-    case QMetaType::UInt:
-    case QMetaType::Long:
-    case QMetaType::ULong:
-    case QMetaType::LongLong:
-    case QMetaType::ULongLong:
-    case QMetaType::Short:
-    case QMetaType::UShort:
-    case QMetaType::Char:
-    case QMetaType::SChar:
-    case QMetaType::UChar:
-    case QMetaType::Double:
-    case QMetaType::Float:
-        return true;
-    default:
-        return false;
-    }
-}
-
-bool isIntegral(int typeId)
-{
-    return isNumeric(typeId) && typeId != QMetaType::Double && typeId != QMetaType::Float;
+    return ValueText::isIntegral(typeId) || typeId == QMetaType::Double || typeId == QMetaType::Float;
 }
 
 const QStringList &comparisons()
@@ -1102,7 +1080,7 @@ void Console::ramp(const QStringList &args, const Done &done)
                 QStringLiteral("%1.%2 is not a writable number; ramp a debug command instead").arg(target.name, what)));
             return;
         }
-        integral = isIntegral(property.userType());
+        integral = ValueText::isIntegral(property.userType());
         QPointer<QObject> object = target.object;
         const IDevicePtr keep = target.device;
         const QString name = target.name;

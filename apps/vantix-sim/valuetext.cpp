@@ -283,6 +283,26 @@ QString ValueText::objectName(const QObject *object)
     return shortClassName(object->metaObject());
 }
 
+bool ValueText::isIntegral(int typeId)
+{
+    switch (typeId) {
+    case QMetaType::Int:
+    case QMetaType::UInt:
+    case QMetaType::Long:
+    case QMetaType::ULong:
+    case QMetaType::LongLong:
+    case QMetaType::ULongLong:
+    case QMetaType::Short:
+    case QMetaType::UShort:
+    case QMetaType::Char:
+    case QMetaType::SChar:
+    case QMetaType::UChar:
+        return true;
+    default:
+        return false;
+    }
+}
+
 bool ValueText::holdsObject(int typeId)
 {
     return typeId == QMetaType::QObjectStar || (QMetaType::typeFlags(typeId) & ObjectFlags);
@@ -404,21 +424,12 @@ QJsonValue ValueText::toJson(const QVariant &value, const QMetaEnum &enumerator)
     if (enumerator.isValid() || enumOfType(typeId).isValid()) {
         return format(value, enumerator);
     }
+    if (isIntegral(typeId)) {
+        return value.toLongLong();
+    }
     switch (typeId) {
     case QMetaType::Bool:
         return value.toBool();
-    case QMetaType::Int:
-    case QMetaType::UInt:
-    case QMetaType::Long:
-    case QMetaType::ULong:
-    case QMetaType::LongLong:
-    case QMetaType::ULongLong:
-    case QMetaType::Short:
-    case QMetaType::UShort:
-    case QMetaType::Char:
-    case QMetaType::SChar:
-    case QMetaType::UChar:
-        return value.toLongLong();
     case QMetaType::Double:
     case QMetaType::Float: {
         const double d = value.toDouble();

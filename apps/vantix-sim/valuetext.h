@@ -37,6 +37,8 @@ QString objectName(const QObject *object);
 QObject *objectOf(const QVariant &value);
 /// Whether values of @p typeId hold a QObject (pointer or smart pointer).
 bool holdsObject(int typeId);
+/// Whether @p typeId is one of the built-in integer types.
+bool isIntegral(int typeId);
 
 /// @p enumerator, when valid, names the value (a property's own enum).
 QString format(const QVariant &value, const QMetaEnum &enumerator = QMetaEnum());
