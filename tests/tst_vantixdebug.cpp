@@ -1,6 +1,7 @@
 // The debug controller as developers drive it: commands on the "VantixDebug"
 // parameter, keyboard shortcuts on a window, and USB hot-plug.
 
+#include "fakenetworkconfigurations.h"
 #include "logcapture.h"
 #include "testroot.h"
 #include "testsystem.h"
@@ -68,6 +69,8 @@ private Q_SLOTS:
     void init()
     {
         m_root = new TestRoot;
+        // The host's own Wi-Fi reports would race with the simulated values.
+        NetworkConfigurations::setInstance(&m_host);
         m_controller = new TQ_QBCom::ParameterController;
         VantixDebug::instance()->setParameterController(*m_controller);
     }
@@ -75,6 +78,7 @@ private Q_SLOTS:
     void cleanup()
     {
         System::releaseInstance();
+        NetworkConfigurations::setInstance(nullptr);
         delete m_controller;
         delete m_root;
         SystemPlatformType::type = System::PT_UNKNOWN;
@@ -359,6 +363,7 @@ private:
 
     TestRoot *m_root = nullptr;
     TQ_QBCom::ParameterController *m_controller = nullptr;
+    FakeNetworkConfigurations m_host;
 };
 
 QTEST_MAIN(TestVantixDebug)
