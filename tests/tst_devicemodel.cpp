@@ -3,6 +3,7 @@
 
 #include "deviceprivate_p.h"
 #include "logcapture.h"
+#include "testfiles.h"
 
 #include <vantix/devicelist.h>
 #include <vantix/idevice.h>
@@ -174,9 +175,7 @@ private Q_SLOTS:
 
         QTemporaryDir dir;
         const QString fileName = dir.path() + "/value";
-        QFile file(fileName);
-        QVERIFY(content.isNull() || (file.open(QIODevice::WriteOnly) && file.write(content) == content.size()));
-        file.close();
+        QVERIFY(content.isNull() || writeFile(fileName, content));
         IDevice device(D::ID_TEMP_CPU, D::DEVICE_TEMPERATURE, dir.path());
         const QString convert = QString("Could not convert read value from \"%1\" to an integer").arg(fileName);
         const QString read = QString("Could not read value from %1").arg(fileName);

@@ -5,6 +5,7 @@
 #include "console.h"
 #include "devicenames.h"
 #include "eventwatcher.h"
+#include "testfiles.h"
 #include "testroot.h"
 #include "testsystem.h"
 #include "valuetext.h"
@@ -445,10 +446,8 @@ private Q_SLOTS:
         QCOMPARE(run("plug otgb"), QString("OK"));
         const QString path = QDir(m_root->path()).filePath("state.json");
         QVERIFY(run("dump " + path).startsWith("OK written to"));
-        QFile file(path);
-        QVERIFY(file.open(QIODevice::ReadOnly));
         QJsonParseError error;
-        const QJsonObject dump = QJsonDocument::fromJson(file.readAll(), &error).object();
+        const QJsonObject dump = QJsonDocument::fromJson(readFile(path), &error).object();
         QCOMPARE(error.error, QJsonParseError::NoError);
         // The command and the in-memory dump agree.
         QCOMPARE(m_console->dump(), dump);
