@@ -271,7 +271,6 @@ private Q_SLOTS:
         QSignalSpy status(&wifi, &IDevice::statusChanged);
         priv(wifi)->overrideWifiEnabled(false);
         priv(wifi)->overrideWifiEnabled(false);
-        QCOMPARE(statusWords(status), QList<int>{Scanning});
         QVERIFY(!priv(wifi)->pollTimer);
         priv(wifi)->overrideWifiEnabled(true);
         // The two radio bits, one signal each; anything else is not this device's.
@@ -345,11 +344,9 @@ private Q_SLOTS:
         QCOMPARE(QVariantList({peer->objectName(), peer->channel(), peer->signalStrength(), peer->isGroupOwner()}),
             QVariantList({Bssid, 4, 80, false}));
         QCOMPARE(peer->parent(), dev.p2p);
-        QCOMPARE(peer->serviceList()->count(), 1);
-        const WifiP2PService s1 = peer->serviceList()->at(0);
-        const QHash<QString, QString> pairs{
-            {"cid", ""}, {"name", "Direct-Quarnel1"}, {"manikin", "1"}, {"ver", "Dummy Version"}};
-        QVERIFY(s1 == (WifiP2PService{"Direct-Quarnpel", "_bravent._tcp.local.", 7557, pairs}));
+        const WifiP2PServiceList services{{"Direct-Quarnpel", "_bravent._tcp.local.", 7557,
+            {{"cid", ""}, {"name", "Direct-Quarnel1"}, {"manikin", "1"}, {"ver", "Dummy Version"}}}};
+        QVERIFY(peer->serviceList()->items == services);
 
         // The action's own trace, then the entry point's with the record as printed.
         QCOMPARE(log.messages().at(log.messages().size() - 2), QString());
@@ -368,7 +365,7 @@ private Q_SLOTS:
         QCOMPARE(values.count() + strength.count() + owner.count(), 0);
         QCOMPARE(inserted.count(), 1);
         QCOMPARE(dev.p2p->peerList()->count(), 1);
-        QVERIFY(peer->serviceList()->at(0) == s1);
+        QVERIFY(peer->serviceList()->items == services);
 
         // A daemon's events arrive queued, so the service types must travel; a removal releases the peer.
         QVERIFY(QMetaObject::invokeMethod(dev.d, "onPeerFound", Qt::QueuedConnection, Q_ARG(QString, QString("b2")),
