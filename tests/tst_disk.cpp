@@ -4,6 +4,7 @@
 #include <qbcommon/appconfig.h>
 
 #include "logcapture.h"
+#include "testfiles.h"
 #include "testroot.h"
 
 #include <QSignalSpy>
@@ -16,24 +17,9 @@ using D = IDevice;
 namespace {
 constexpr auto errorSignal = qOverload<D::DeviceError>(&D::error);
 
-void touch(const QString &file)
-{
-    QDir().mkpath(QFileInfo(file).path());
-    QFile f(file);
-    QVERIFY(f.open(QIODevice::WriteOnly));
-}
-
 QStringList entries(const QString &dir)
 {
     return QDir(dir).entryList(QDir::AllEntries | QDir::Hidden | QDir::System | QDir::NoDotAndDotDot);
-}
-
-// Runs the event loop until @p ms have passed, so that every earlier timer has fired.
-bool runEventsFor(int ms)
-{
-    bool done = false;
-    QTimer::singleShot(ms, [&done] { done = true; });
-    return QTest::qWaitFor([&done] { return done; }, ms + 5000);
 }
 
 // The errors a device reports, by name, in order.
@@ -135,9 +121,9 @@ private Q_SLOTS:
         QTemporaryDir outside;
         const QString path = root.path() + "/var/data";
         for (const char *file : {"/.hidden", "/plain", "/sub/deeper/.hidden"}) {
-            touch(path + file);
+            QVERIFY(writeFile(path + file));
         }
-        touch(outside.path() + "/keep");
+        QVERIFY(writeFile(outside.path() + "/keep"));
         QVERIFY(QFile::link(outside.path(), path + "/link-out"));
 
         IDisk disk(D::ID_DISK_USER_DATA, path);
@@ -196,9 +182,9 @@ private Q_SLOTS:
         qputenv("HOME", QFile::encodeName(expand(home)));
         QVERIFY(QDir::setCurrent(workingDir.path()));
         for (const char *file : {"%S/keep", "%R/var/keep", "%R/var/data/keep", "%O/disk/keep"}) {
-            touch(expand(file));
+            QVERIFY(writeFile(expand(file)));
         }
-        touch(expand(home) + "/keep");
+        QVERIFY(writeFile(expand(home) + "/keep"));
         QVERIFY(QFile::link(outside.path() + "/disk", root.path() + "/var/link"));
         QVERIFY(QFile::link(root.path() + "/var/data", root.path() + "/var/inner-link"));
         QVERIFY(QFile::link(outside.path(), root.path() + "/var/link-dir"));
@@ -221,7 +207,7 @@ private Q_SLOTS:
 
         // The stored error is not reset: a second refusal in a row is not announced again.
         disk.format(0);
-        QVERIFY(runEventsFor(150));
+        QTest::qWait(150); // longer than the refusal delay
         QCOMPARE(errors.count(), 0);
     }
 
@@ -242,7 +228,7 @@ private Q_SLOTS:
             connect(disk, errorSignal, this, [&emitted] { ++emitted; });
         }
         qDeleteAll(disks);
-        QVERIFY(runEventsFor(600));
+        QTest::qWait(600); // longer than every disk delay
         QCOMPARE(emitted, 0);
     }
 

@@ -1,23 +1,29 @@
 // The simple peripherals: the LED's signal order and errors, the setter rules
-// of the others, their quiet operations and the debug overrides.
+// of the others, their quiet operations and the debug overrides; and the CAN
+// multiplexer with its delayed switching.
 
 #include <vantix/devicelist.h>
 #include <vantix/iaudio.h>
 #include <vantix/ibutton.h>
+#include <vantix/icanmux.h>
 #include <vantix/idisplay.h>
-#include <vantix/iled.h>
 #include <vantix/iiocontroller.h>
+#include <vantix/iled.h>
 #include <vantix/ipwmecg.h>
 #include <vantix/system.h>
 
 #include "audioprivate_p.h"
 #include "bluetoothprivate_p.h"
 #include "buttonprivate_p.h"
+#include "canmuxprivate_p.h"
 #include "metaenum_p.h"
 #include "systemprivate_p.h"
 
 #include "logcapture.h"
+#include "testroot.h"
+#include "testsystem.h"
 
+#include <QElapsedTimer>
 #include <QSignalSpy>
 #include <QtTest>
 
@@ -67,6 +73,15 @@ private:
     void add(const char *signal, const QByteArray &value) { m_events << QString::fromLatin1(signal + (':' + value)); }
     QStringList m_events;
 };
+
+// Milliseconds until the next status change of @p device, -1 if none comes.
+qint64 nextStatusChange(const IDevicePtr &device)
+{
+    QSignalSpy spy(device.data(), &D::statusChanged);
+    QElapsedTimer clock;
+    clock.start();
+    return spy.wait(1000) ? clock.elapsed() : -1;
+}
 } // namespace
 
 class TestPeripherals : public QObject
@@ -74,16 +89,12 @@ class TestPeripherals : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
-    void colorsById()
-    {
-        QCOMPARE(ILed(IDevice::ID_LED_POWER).getColors(), (QList<Qt::GlobalColor>{Qt::cyan, Qt::red, Qt::green}));
-        QCOMPARE(ILed(IDevice::ID_LED_WIFI).getColors(), (QList<Qt::GlobalColor>{Qt::blue, Qt::green}));
-        QVERIFY(ILed(IDevice::ID_TEMP_CPU).getColors().isEmpty());
-    }
-
     void onSignalOrder()
     {
-        ILed led(IDevice::ID_LED_POWER);
+        QCOMPARE(ILed(D::ID_LED_POWER).getColors(), QList<Qt::GlobalColor>({Qt::cyan, Qt::red, Qt::green}));
+        QCOMPARE(ILed(D::ID_LED_WIFI).getColors(), QList<Qt::GlobalColor>({Qt::blue, Qt::green}));
+        QVERIFY(ILed(D::ID_TEMP_CPU).getColors().isEmpty());
+        ILed led(D::ID_LED_POWER);
         LedEvents events(&led);
         led.on(Qt::red);
         QCOMPARE(events.take(), (QStringList{"color:red", "status:F_ENABLE", "mode:LED_ON"}));
@@ -193,7 +204,7 @@ private Q_SLOTS:
         QCOMPARE(device->property(property), value);
     }
 
-    void display16BitBrightnes()
+    void displayAndQuietOperations()
     {
         IDisplay display(D::ID_DISPLAY);
         QSignalSpy spy(&display, &IDisplay::brightnesChanged);
@@ -202,18 +213,14 @@ private Q_SLOTS:
         display.setBrightnes(65543);
         display.setBrightnes(500); // no clamping to the maximum
         QCOMPARE(spy, (QList<QVariantList>{{7u}, {500u}}));
-        QCOMPARE(display.maxBrightness(), 100u);
-        QCOMPARE(display.steps(), 10u);
-    }
+        QCOMPARE(QList<uint>({display.maxBrightness(), display.steps()}), QList<uint>({100u, 10u}));
 
-    void quietOperations()
-    {
+        // Operations without effect on the desktop.
         IPwmEcg pwm(D::ID_PWM);
         QSignalSpy pwmSpy(&pwm, &IPwmEcg::pwmChanged);
         pwm.setPwm(10, 20);
         pwm.setPwmDirectly(30);
         QCOMPARE(pwm.pwm() + pwm.updateInterval(), 0u);
-        QCOMPARE(pwmSpy.count(), 0);
 
         IIOController controller(D::ID_IOCONTROLLER, D::DEVICE_SERIAL);
         QSignalSpy modeSpy(&controller, &IIOController::modeChanged);
@@ -221,7 +228,7 @@ private Q_SLOTS:
         controller.restart();
         QCOMPARE(log.messages(), QStringList{"stub!"});
         QCOMPARE(log.records().first().type, QtDebugMsg);
-        QCOMPARE(modeSpy.count(), 0);
+        QCOMPARE(modeSpy.count() + pwmSpy.count(), 0);
 
         QCOMPARE(IButton(D::ID_BUTTON_POWER).keyId(), 0x0100003Au);
     }
@@ -244,8 +251,7 @@ private Q_SLOTS:
 
         system.overrideButton(D::ID_BUTTON_POWER, false);
         system.overrideButton(D::ID_BUTTON_POWER, false);
-        QCOMPARE(pressed.count(), 2);
-        // A device of another class is left alone.
+        // Each call is announced; a device of another class is left alone.
         system.overrideButton(D::ID_AUDIO, true);
         QCOMPARE(pressed.count(), 2);
     }
@@ -254,6 +260,93 @@ private Q_SLOTS:
     {
         System::releaseInstance();
         m_events.clear();
+    }
+
+    void canMuxPlatformsAndMissingDevices()
+    {
+        TestRoot root;
+        // platform -> which CAN devices its multiplexer holds ("" for no multiplexer)
+        const QList<QPair<System::PlatformType, QString>> rows{{System::PT_UNKNOWN, ""}, {System::PT_QUARNEL, ""},
+            {System::PT_QUARNEL_PLUS, "bus serial"}, {System::PT_CAN_CPU_MODULE, "bus"}};
+        for (const auto &row : rows) {
+            System *system = startSystem(row.first);
+            const CanMuxPrivate *d = CanMuxPrivate::get(system->canMux());
+            QCOMPARE(d ? QString(d->canSerial ? "bus serial" : "bus") : QString(), row.second);
+            if (d) {
+                QCOMPARE(system->canMux()->parent()->parent(), system);
+                QCOMPARE(d->canBus, system->device(D::ID_CAN_BUS));
+                QCOMPARE(d->canSerial, system->device(D::ID_CAN_SERIAL));
+            }
+        }
+
+        // The CAN CPU module has no serial device, a multiplexer of its own none at all.
+        LogCapture log;
+        System::instance()->canMux()->setActiveDevice(D::ID_CAN_SERIAL);
+        ICanMux empty;
+        empty.setActiveDevice(D::ID_CAN_BUS);
+        empty.setTermination(ICanMux::CAN_TERM_ON);
+        empty.setActiveDevice(D::DeviceId(999));
+        QCOMPARE(log.messages(),
+            QStringList({"No can serial exist in CanMux object!", "No can bus exist in CanMux object!",
+                "No can bus exist in CanMux object!", "Invalid can device ID: 999"}));
+    }
+
+    void canMuxActiveDevice()
+    {
+        TestRoot root;
+        ICanMux *mux = startSystem(System::PT_QUARNEL_PLUS)->canMux();
+        const IDevicePtr serial = System::instance()->device(D::ID_CAN_SERIAL);
+        const IDevicePtr bus = System::instance()->device(D::ID_CAN_BUS);
+        QTRY_VERIFY(serial->status() & D::F_ENABLE && bus->status() & D::F_ENABLE);
+        serial->clearAbility(D::F_ENABLE);
+        QVERIFY(nextStatusChange(serial) > 0);
+        QSignalSpy active(mux, &ICanMux::activeDeviceChanged);
+        QSignalSpy busStatus(bus.data(), &D::statusChanged);
+
+        LogCapture log;
+        mux->setActiveDevice(D::ID_AUDIO);
+        QVERIFY(log.contains("Invalid can device ID: ID_AUDIO", QtWarningMsg));
+        mux->setActiveDevice(D::ID_CAN_SERIAL);
+        QVERIFY(log.contains("Activate can device ID_CAN_SERIAL"));
+        QVERIFY(nextStatusChange(serial) >= 95);
+        QVERIFY(serial->status() & D::F_ENABLE);
+        QCOMPARE(busStatus.count() + active.count(), 0);
+        QCOMPARE(mux->activeDevice(), D::ID_UNKNOWN_DEV);
+    }
+
+    void canMuxTermination()
+    {
+        TestRoot root;
+        ICanMux *mux = startSystem(System::PT_CAN_CPU_MODULE)->canMux();
+        const IDevicePtr bus = System::instance()->device(D::ID_CAN_BUS);
+        QTRY_VERIFY(bus->status() & D::F_ENABLE);
+        QSignalSpy terminated(mux, &ICanMux::terminationChanged);
+        LogCapture log;
+
+        mux->setTermination(ICanMux::CAN_TERM_ON);
+        QVERIFY(!(bus->status() & D::F_TERMINATE));
+        QVERIFY(nextStatusChange(bus) >= 95);
+        QVERIFY(bus->status() & D::F_TERMINATE);
+
+        // A second ON is dropped: with the bit lost meanwhile, it does not come back.
+        DevicePrivate::get(bus.data())->setStatus(bus->status() & ~D::DeviceFlags(D::F_TERMINATE));
+        mux->setTermination(ICanMux::CAN_TERM_ON);
+        bus->setAbility(D::F_ACTIVE); // its timer runs out after the dropped one would have
+        QVERIFY(nextStatusChange(bus) >= 95);
+        QCOMPARE(bus->status() & (D::F_TERMINATE | D::F_ACTIVE), D::DeviceFlags(D::F_ACTIVE));
+        QCOMPARE(log.count("Terminate can bus ON"), 2);
+
+        // OFF is always carried out, and lets the next ON through.
+        mux->setTermination(ICanMux::CAN_TERM_OFF);
+        mux->setTermination(ICanMux::CAN_TERM_ON);
+        QVERIFY(nextStatusChange(bus) >= 95);
+        QVERIFY(bus->status() & D::F_TERMINATE);
+        mux->setTermination(ICanMux::CAN_TERM_OFF);
+        QVERIFY(nextStatusChange(bus) >= 95);
+        QVERIFY(!(bus->status() & D::F_TERMINATE));
+        QCOMPARE(log.count("Terminate can bus OFF"), 2);
+        QCOMPARE(mux->termination(), ICanMux::CAN_TERM_OFF);
+        QCOMPARE(terminated.count(), 0);
     }
 
 public Q_SLOTS:

@@ -2,11 +2,15 @@
 // their exit codes and messages, standard input, the live view of a hot-plug,
 // the JSON dump at exit, the options and the example scenarios.
 
+#include "testfiles.h"
+
 #include <QJsonDocument>
 #include <QJsonObject>
 #include <QProcess>
 #include <QTemporaryDir>
 #include <QtTest>
+
+#include <memory>
 
 namespace {
 struct Run
@@ -39,26 +43,19 @@ private Q_SLOTS:
     void init()
     {
         QVERIFY2(QFileInfo(program()).isExecutable(), qPrintable(program()));
-        m_root = new QTemporaryDir;
+        m_root.reset(new QTemporaryDir);
         QVERIFY(m_root->isValid());
-    }
-
-    void cleanup()
-    {
-        delete m_root;
-        m_root = nullptr;
     }
 
     void exampleScenarios_data()
     {
         QTest::addColumn<QString>("file");
         QTest::addColumn<QString>("platform");
-        QTest::newRow("low battery") << "low-battery-shutdown.vsim"
-                                     << "tolvex";
-        QTest::newRow("network loss") << "network-loss-recovery.vsim"
-                                      << "tolvex-plus";
-        QTest::newRow("usb stick") << "usb-stick-hotplug.vsim"
-                                   << "tolvex-plus";
+        for (const char *row :
+            {"low-battery-shutdown tolvex", "network-loss-recovery tolvex-plus", "usb-stick-hotplug tolvex-plus"}) {
+            const QStringList parts = QString(row).split(' ');
+            QTest::newRow(row) << parts.at(0) + ".vsim" << parts.at(1);
+        }
     }
 
     void exampleScenarios()
@@ -141,9 +138,7 @@ private Q_SLOTS:
         const QString path = QDir(m_root->path()).filePath("state.json");
         const Run run = sim({"--platform", "tolvex", "--dump-json", path, "--script", writeScript("plug usb\n")});
         QCOMPARE(run.exitCode, 0);
-        QFile file(path);
-        QVERIFY(file.open(QIODevice::ReadOnly));
-        const QJsonObject dump = QJsonDocument::fromJson(file.readAll()).object();
+        const QJsonObject dump = QJsonDocument::fromJson(readFile(path)).object();
         QCOMPARE(dump.value("platform").toString(), QString("PT_TOLVEX"));
         // Written after the script ran.
         QVERIFY(dump.value("devices").toObject().contains("ID_USB"));
@@ -211,7 +206,7 @@ private:
         return path;
     }
 
-    QTemporaryDir *m_root = nullptr;
+    std::unique_ptr<QTemporaryDir> m_root;
 };
 
 QTEST_GUILESS_MAIN(TestSimProgram)

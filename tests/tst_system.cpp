@@ -1,20 +1,28 @@
 // The System facade: start-up per platform, readiness, flight mode, power and
-// service commands, release and re-creation; and the services it owns: time
-// settings and the API message channel.
+// service commands, release and re-creation; and what it owns: the system
+// information with its nvram file, the time settings and the API messages.
 
 #include "apimessageprivate_p.h"
 #include "logcapture.h"
 #include "metaenum_p.h"
+#include "systeminfostore_p.h"
 #include "systemprivate_p.h"
+#include "testfiles.h"
 #include "testroot.h"
 #include "testsystem.h"
 
 #include <vantix/vantix.h>
 
+#include <QDate>
+#include <QDir>
 #include <QElapsedTimer>
+#include <QHostInfo>
 #include <QMetaEnum>
 #include <QPointer>
+#include <QRegularExpression>
+#include <QSettings>
 #include <QSignalSpy>
+#include <QUuid>
 #include <QtTest>
 
 using namespace TQ_SPAPI;
@@ -31,10 +39,20 @@ struct OwnMessage : IApiMessage
     }
 };
 
-int flightAt(const QSignalSpy &spy, int index)
+QList<int> flightFlags(const QSignalSpy &spy)
 {
-    return int(spy.at(index).at(0).value<System::FligtModeFlags>());
+    QList<int> flags;
+    for (const QList<QVariant> &arguments : spy) {
+        flags << int(arguments.at(0).value<System::FligtModeFlags>());
+    }
+    return flags;
 }
+
+QString info(const QString &key)
+{
+    return System::instance()->systemInfo().value(key).toString();
+}
+
 } // namespace
 
 class TestSystem : public QObject
@@ -46,6 +64,7 @@ private Q_SLOTS:
     {
         System::releaseInstance();
         SystemPlatformType::type = System::PT_UNKNOWN;
+        SystemInfoStore::setOsReleasePath(QString());
     }
 
     void startUp_data()
@@ -124,26 +143,6 @@ private Q_SLOTS:
         QCOMPARE(detected.count(), ids.size());
     }
 
-    void fixedFacts()
-    {
-        TestRoot root;
-        System *system = startSystem(System::PT_QUARNEL);
-        QCOMPARE(System::instance(), system);
-        QCOMPARE(system->parent(), QCoreApplication::instance());
-        QCOMPARE(system->operatingSystem(), System::OS_WINDOWS);
-        QCOMPARE(system->bootReason(), System::BOOT_BUTTON);
-        QCOMPARE(system->flightModeStatus(), System::FligtModeFlags(System::FLIGHT_MODE_ENABLED));
-        QVERIFY(system->services().isEmpty());
-        QCOMPARE(QByteArray(System::PlatformTypeEnum.valueToKey(System::PT_CAN_CPU_MODULE)) +
-                System::OSTypeEnum.valueToKey(System::OS_WINDOWS) +
-                System::BootTypeEnum.valueToKey(System::BOOT_REBOOT),
-            QByteArray("PT_CAN_CPU_MODULEOS_WINDOWSBOOT_REBOOT"));
-        for (const char *name :
-            {"DeviceFlags", "IDevice::DeviceId", "FligtModeFlags", "NetworkState", "ReconnectState"}) {
-            QVERIFY2(QMetaType::type(name) != QMetaType::UnknownType, name);
-        }
-    }
-
     void flightMode_data()
     {
         QTest::addColumn<int>("platform");
@@ -165,35 +164,45 @@ private Q_SLOTS:
         QSignalSpy flight(system, &System::flightModeStatusChanged);
 
         system->setFlightMode(false);
-        QCOMPARE(flight.count(), 1);
-        QCOMPARE(flightAt(flight, 0), int(System::FLIGHT_MODE_TRANSITION));
         system->setFlightMode(true); // dropped: a transition is running
-        QCOMPARE(flight.count(), 1);
+        QCOMPARE(flightFlags(flight), QList<int>{System::FLIGHT_MODE_TRANSITION});
         if (bluetooth) {
             QTRY_COMPARE(bluetooth->status() & D::F_ENABLE, D::DeviceFlags(D::F_ENABLE));
         }
         QTRY_COMPARE_WITH_TIMEOUT(flight.count(), 2, 3000);
-        QCOMPARE(flightAt(flight, 1), int(System::FLIGHT_MODE_DISABLED));
         QCOMPARE(system->flightModeStatus(), System::FligtModeFlags(System::FLIGHT_MODE_DISABLED));
         QCOMPARE(status.count(), 0); // already on
 
         // The Wi-Fi radio switches at once, the rest after the transition.
         system->setFlightMode(true);
-        QCOMPARE(flightAt(flight, 2), System::FLIGHT_MODE_DISABLED | System::FLIGHT_MODE_TRANSITION);
+        QCOMPARE(flight.count(), 3);
         QCOMPARE(statusWords(status), QList<int>{scanning});
         if (bluetooth) {
             QTRY_COMPARE(bluetooth->status() & D::F_ENABLE, D::DeviceFlags());
         }
         QTRY_COMPARE_WITH_TIMEOUT(flight.count(), 4, 3000);
-        QCOMPARE(flightAt(flight, 3), int(System::FLIGHT_MODE_ENABLED));
+        QCOMPARE(flightFlags(flight), QList<int>({4, 2, 6, 0})); // transition, disabled, transition, enabled
         system->setFlightMode(false);
         QCOMPARE(statusWords(status), QList<int>({scanning, enabled}));
     }
 
-    void commandsOnlyLog()
+    void fixedFactsAndCommands()
     {
         TestRoot root;
-        System *system = startSystem(System::PT_UNKNOWN);
+        System *system = startSystem(System::PT_QUARNEL);
+        QCOMPARE(system->parent(), QCoreApplication::instance());
+        QCOMPARE(system->operatingSystem(), System::OS_WINDOWS);
+        QCOMPARE(system->bootReason(), System::BOOT_BUTTON);
+        QCOMPARE(QByteArray(System::PlatformTypeEnum.valueToKey(System::PT_CAN_CPU_MODULE)) +
+                System::OSTypeEnum.valueToKey(System::OS_WINDOWS) +
+                System::BootTypeEnum.valueToKey(System::BOOT_REBOOT),
+            QByteArray("PT_CAN_CPU_MODULEOS_WINDOWSBOOT_REBOOT"));
+        for (const char *name :
+            {"DeviceFlags", "IDevice::DeviceId", "FligtModeFlags", "NetworkState", "ReconnectState"}) {
+            QVERIFY2(QMetaType::type(name) != QMetaType::UnknownType, name);
+        }
+
+        // The power and service commands only log; closing only announces.
         QSignalSpy closed(system, &System::apiClosed);
         QSignalSpy service(system, &System::serviceChanged);
         LogCapture log;
@@ -201,7 +210,6 @@ private Q_SLOTS:
         system->suspend();
         QCOMPARE(closed.count(), 0);
         system->powerOff();
-        QCOMPARE(closed.count(), 1);
         QVERIFY(log.records().at(2).function.contains("powerOff"));
         system->close();
         QCOMPARE(closed.count(), 2);
@@ -213,9 +221,7 @@ private Q_SLOTS:
         QCOMPARE(log.messages().mid(log.messages().size() - 4),
             QStringList({"oldService \"old\" newService \"new\"", "name \"a\"", "name \"b\"", "name \"c\""}));
         QCOMPARE(service.count(), 0);
-        QVERIFY(system->services().isEmpty());
-        // Closing announces only; the system stays ready with its devices.
-        QVERIFY(system->isReady() && system->device(D::ID_AUDIO));
+        QVERIFY(system->services().isEmpty() && system->isReady() && system->device(D::ID_AUDIO));
     }
 
     void releaseAndRecreate()
@@ -252,8 +258,7 @@ private Q_SLOTS:
         QCOMPARE(second->platform(), System::PT_QUARNEL);
         QCOMPARE(second->registeredIds(), QStringList{"two"});
         debug->removeBattery(D::ID_BATTERY_1ST);
-        QCOMPARE(removed.count(), 1);
-        QCOMPARE(removed.at(0).at(0).value<D::DeviceId>(), D::ID_BATTERY_1ST);
+        QCOMPARE(removed, QList<QVariantList>({{QVariant::fromValue(D::ID_BATTERY_1ST), QString()}}));
         QVERIFY(!second->device(D::ID_BATTERY_1ST));
         QTRY_COMPARE(ready.count(), 1);
         System::releaseInstance();
@@ -273,15 +278,13 @@ private Q_SLOTS:
         for (const char *z : {"Europe/Copenhagen", "", "", "Not/A_Zone"}) {
             s.setTimeZone(z);
         }
-        QCOMPARE(zone.count(), 2);
-        QCOMPARE(zone.at(0).at(0).toString(), QString(""));
+        QCOMPARE(zone, QList<QVariantList>({{""}, {"Not/A_Zone"}}));
         QCOMPARE(s.timeZone(), QString("Not/A_Zone"));
 
         s.setNtpEnabled(true);
         s.setNtpEnabled(false);
         QVERIFY(s.setProperty("ntpEnabled", false));
-        QCOMPARE(ntp.count(), 1);
-        QCOMPARE(ntp.at(0).at(0).toBool(), false);
+        QCOMPARE(ntp, QList<QVariantList>({{false}}));
 
         s.setUrlList({"pool.ntp.org"});
         s.setUrlList({"a.example", "b.example"});
@@ -330,6 +333,176 @@ private Q_SLOTS:
             QVERIFY(!own.parent());
         }
         QVERIFY(p.isNull());
+    }
+
+    void firstStart_data()
+    {
+        QTest::addColumn<int>("platform");
+        QTest::addColumn<QString>("expected"); // file, board id, revision, serial, product id
+        QTest::newRow("tolvex") << int(System::PT_TOLVEX) << "nvram-tolvex 30DA C TSBF12123456 200-00000";
+        QTest::newRow("quarnel plus --id") << int(System::PT_QUARNEL_PLUS) << "nvram-quarnel 40BA D TSBF12987654 1-2";
+        QTest::newRow("can cpu --id") << int(System::PT_CAN_CPU_MODULE) << "nvram-quarnel NONE N TSBF00000000 9";
+    }
+
+    // The fresh root also has no folder for the file yet.
+    void firstStart()
+    {
+        QFETCH(int, platform);
+        QFETCH(QString, expected);
+        TestRoot root;
+        const QDate before = QDate::currentDate();
+        const QString file = expected.section(' ', 0, 0), id = expected.section(' ', 4);
+        startSystem(platform, id == "200-00000" ? QStringList() : QStringList{"--id", id});
+
+        QCOMPARE(QStringList({file, info("HW_BOARD_ID"), info("HW_BOARD_REVISION"), info("TQ_PRODUCT_SERIAL"),
+                     info("TQ_PRODUCT_ID")}),
+            expected.split(' '));
+        const QString uuid = info("TQ_PRODUCT_UUID");
+        QVERIFY(uuid.size() == 36 && !QUuid(uuid).isNull() && !uuid.contains('{'));
+        const QDate date = QDate::fromString(info("TQ_PRODUCT_DATE"), "yyyy-MM-dd");
+        QVERIFY(date == before || date == QDate::currentDate());
+        QCOMPARE(info("API_VERSION") + info("API_NAME") + info("BoardControllerVersion") + info("SYSCTRL_VERSION"),
+            QString("0.01LinuxStubX.XX.X"));
+        QCOMPARE(info("OS_HOSTNAME"), QHostInfo::localHostName());
+
+        const QString path = root.path() + "/var/etc/" + file;
+        QCOMPARE(SystemInfoStore::filePath(System::PlatformType(platform)), path);
+        QSettings settings(path, QSettings::IniFormat);
+        QStringList keys = settings.allKeys();
+        keys.sort();
+        QCOMPARE(keys,
+            (QStringList{"API_VERSION", "HW_BOARD_ID", "HW_BOARD_REVISION", "TQ_PRODUCT_DATE", "TQ_PRODUCT_ID",
+                "TQ_PRODUCT_SERIAL", "TQ_PRODUCT_UUID"}));
+        for (const QString &key : keys) {
+            QCOMPARE(settings.value(key).toString(), info(key));
+        }
+        QCOMPARE(QDir(root.path() + "/var/etc").entryList(QDir::Files), QStringList{file});
+    }
+
+    void restarts()
+    {
+        TestRoot root;
+        System *system = startSystem(System::PT_TOLVEX, {"--id", "111-11111"});
+        const QVariantMap first = system->systemInfo();
+        QSettings file(SystemInfoStore::filePath(System::PT_TOLVEX), QSettings::IniFormat);
+        file.setValue("API_NAME", "Old");
+        file.setValue("OS_HOSTNAME", "elsewhere");
+        file.sync();
+
+        // Identity survives whatever "--id" says now; per-start entries are refreshed.
+        system = startSystem(System::PT_TOLVEX, {"--id", "222-22222"});
+        for (const char *key : {"TQ_PRODUCT_UUID", "TQ_PRODUCT_DATE", "TQ_PRODUCT_ID"}) {
+            QCOMPARE(info(key), first.value(key).toString());
+        }
+        QCOMPARE(info("API_NAME") + info("OS_HOSTNAME"), "LinuxStub" + QHostInfo::localHostName());
+
+        // Added entries persist with the whole map; deleting touches the map only.
+        QSignalSpy changed(system, &System::systemInfoChanged);
+        system->addSystemInfoPair("A", "1");
+        file.sync();
+        QCOMPARE(file.value("A").toString() + file.value("SYSCTRL_VERSION").toString(), QString("1X.X"));
+        system = startSystem(System::PT_TOLVEX);
+        QCOMPARE(info("A"), QString("1"));
+        system->deleteSystemInfoKey("A");
+        QVERIFY(!system->systemInfo().contains("A"));
+        QCOMPARE(changed.count(), 0);
+        startSystem(System::PT_TOLVEX);
+        QCOMPARE(info("A"), QString("1"));
+    }
+
+    void osRelease()
+    {
+        TestRoot root;
+        QVERIFY(writeFile(root.path() + "/os-release", "NAME=\"Test OS\"\nVERSION=  \" 4.2 (calm) \"\n"));
+        SystemInfoStore::setOsReleasePath(root.path() + "/os-release");
+        startSystem(System::PT_QUARNEL);
+        QCOMPARE(info("OS_NAME") + '|' + info("OS_VERSION"), QString("Test OS|4.2 (calm)"));
+
+        SystemInfoStore::setOsReleasePath(root.path() + "/missing");
+        startSystem(System::PT_QUARNEL);
+        QVERIFY(System::instance()->systemInfo().contains("OS_NAME"));
+        QCOMPARE(info("OS_NAME") + info("OS_VERSION"), QString());
+
+        // The host's own file, where there is one.
+        SystemInfoStore::setOsReleasePath(QString());
+        const QRegularExpression name("^NAME=\"?([^\"\n]*)", QRegularExpression::MultilineOption);
+        const QRegularExpressionMatch host = name.match(QString::fromUtf8(readFile("/etc/os-release")));
+        if (host.hasMatch()) {
+            startSystem(System::PT_QUARNEL);
+            QCOMPARE(info("OS_NAME"), host.captured(1).trimmed());
+        }
+    }
+
+    void damagedFile_data()
+    {
+        QTest::addColumn<QByteArray>("content"); // null: a folder in the file's place
+        QTest::addColumn<QString>("damage");
+        QTest::addColumn<bool>("olderCopy");
+        QTest::newRow("format") << QByteArray("[General\nHW_BOARD_ID=30DA\n") << "format error" << false;
+        QTest::newRow("empty") << QByteArray("") << "identity incomplete" << false;
+        QTest::newRow("truncated") << QByteArray("HW_BOARD_ID=30DA\nTQ_PRODUCT_UUID=x\n") << "identity incomplete"
+                                   << true;
+        QTest::newRow("unreadable") << QByteArray() << "unreadable" << false;
+    }
+
+    void damagedFile()
+    {
+        QFETCH(QByteArray, content);
+        QFETCH(QString, damage);
+        QFETCH(bool, olderCopy);
+        TestRoot root;
+        const QString path = SystemInfoStore::filePath(System::PT_TOLVEX);
+        QVERIFY(content.isNull() ? QDir().mkpath(path) : writeFile(path, content));
+        QVERIFY(!olderCopy || writeFile(path + ".corrupt", "older"));
+        const QString kept = path + (olderCopy ? ".corrupt.2" : ".corrupt");
+
+        LogCapture log;
+        startSystem(System::PT_TOLVEX);
+        QVERIFY(log.contains(QString("Damaged nvram file \"%1\" (%2) kept as \"%3\"; a new identity is generated")
+                                 .arg(path, damage, kept),
+            QtWarningMsg));
+        QVERIFY(content.isNull() ? QFileInfo(kept).isDir() : readFile(kept) == content);
+        if (olderCopy) {
+            QCOMPARE(readFile(path + ".corrupt"), QByteArray("older"));
+        }
+        QCOMPARE(info("TQ_PRODUCT_UUID").size(), 36);
+        QCOMPARE(QSettings(path, QSettings::IniFormat).value("TQ_PRODUCT_UUID").toString(), info("TQ_PRODUCT_UUID"));
+    }
+
+    void unwritableFolder_data()
+    {
+        QTest::addColumn<bool>("readOnly");
+        QTest::newRow("file in the folder's place") << false;
+        QTest::newRow("read-only folder") << true;
+    }
+
+    void unwritableFolder()
+    {
+        QFETCH(bool, readOnly);
+        TestRoot root;
+        const QString folder = root.path() + "/var/etc";
+        QVERIFY(QDir().mkpath(readOnly ? folder : root.path() + "/var"));
+        if (!readOnly) {
+            QVERIFY(writeFile(folder, "not a folder"));
+        } else {
+            QFile::setPermissions(folder, QFile::ReadOwner | QFile::ExeOwner);
+            QFile probe(folder + "/probe");
+            if (probe.open(QIODevice::WriteOnly)) {
+                QSKIP("folder permissions do not bind this user (root); the other row covers the case");
+            }
+        }
+
+        LogCapture log;
+        System *system = startSystem(System::PT_QUARNEL);
+        const QString warning = QString("Cannot write nvram file \"%1\"; system information is kept in memory only")
+                                    .arg(SystemInfoStore::filePath(System::PT_QUARNEL));
+        QCOMPARE(log.count(warning), 1);
+        QCOMPARE(info("HW_BOARD_ID"), QString("40BA"));
+        QCOMPARE(info("TQ_PRODUCT_UUID").size(), 36);
+        system->addSystemInfoPair("A", "1");
+        QCOMPARE(info("A"), QString("1"));
+        QCOMPARE(log.count(warning), 2);
+        QFile::setPermissions(folder, QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
     }
 };
 
