@@ -33,9 +33,7 @@ Harness *harness = nullptr;
 
 QVariantMap start()
 {
-    QVariantMap map{{QStringLiteral("API_VERSION"), QStringLiteral("0.01")}};
-    SystemInfoStore::fill(map, Platform);
-    return map;
+    return FuzzSupport::startedSystemInfo(Platform);
 }
 
 // Text with everything but printable ASCII as %XX (UTF-8), for the report.

@@ -29,9 +29,7 @@ Harness *harness = nullptr;
 
 QVariantMap start()
 {
-    QVariantMap map{{QStringLiteral("API_VERSION"), QStringLiteral("0.01")}};
-    SystemInfoStore::fill(map, Platform);
-    return map;
+    return FuzzSupport::startedSystemInfo(Platform);
 }
 
 void checkText(const QVariantMap &map, const char *key)

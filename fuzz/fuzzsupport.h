@@ -4,6 +4,8 @@
 // What every fuzz entry shares: one application object for the whole process,
 // a quiet message log, and checks that stop the run with a report.
 
+#include "systeminfostore_p.h"
+
 #include <QCoreApplication>
 #include <QString>
 #include <QtGlobal>
@@ -13,6 +15,14 @@
 #include <cstdlib>
 
 namespace FuzzSupport {
+
+/// The system information as a start-up fills it, from the files under the current root.
+inline QVariantMap startedSystemInfo(TQ_SPAPI::System::PlatformType platform)
+{
+    QVariantMap map{{QStringLiteral("API_VERSION"), QStringLiteral("0.01")}};
+    TQ_SPAPI::SystemInfoStore::fill(map, platform);
+    return map;
+}
 
 inline void quiet(QtMsgType, const QMessageLogContext &, const QString &) { }
 
