@@ -147,6 +147,7 @@ private:
     QMap<QString, QVariantMap> m_saved;
     // Devices the "application" holds on to, across removals and restarts.
     QList<IDevicePtr> m_held;
+    QList<IWifiP2PPeerPtr> m_heldPeers;
     int m_step = 0;
 };
 
@@ -235,6 +236,7 @@ void TestSoak::session()
         qInfo("soak: failed by step %d of seed %u", m_step, seed);
     }
     m_held.clear();
+    m_heldPeers.clear();
     System::releaseInstance();
     delete m_controller;
 }
@@ -361,10 +363,39 @@ void TestSoak::diskWork()
 
 // Wi-Fi P2P requests within their 200 ms answer windows belong here; the tree
 // has no Wi-Fi P2P manager (IWifiP2P) yet, so the step plugs its device id only.
+// Wi-Fi Direct requests, often while earlier answers are still within their
+// 200 ms; unplugging and restarting elsewhere drop the device with them pending.
 void TestSoak::wifiP2PRequest()
 {
     m_simulation->addDevice(D::ID_NETWORK_WIFI_P2P, D::DEVICE_NETWORK, QString());
     plug(D::ID_NETWORK_WIFI_P2P, D::DEVICE_NETWORK);
+    auto *p2p = qobject_cast<IWifiP2P *>(m_system->device(D::ID_NETWORK_WIFI_P2P).data());
+    QVERIFY(p2p);
+    const IWifiP2PPeerPtr peer = p2p->peerList(QStringLiteral("02:22:22"));
+    switch (pick(5)) {
+    case 0:
+        p2p->findPeers();
+        break;
+    case 1:
+        p2p->addGroup(
+            QStringLiteral("soak"), QStringLiteral("psk"), QStringLiteral("1234"), QStringLiteral("10.0.0.1"));
+        break;
+    case 2:
+        p2p->removeGroup();
+        break;
+    default:
+        if (!peer) {
+            p2p->findPeers();
+        } else if (pick(2)) {
+            peer->peerConnect(QStringLiteral("1234"));
+        } else {
+            peer->peerDisconnect();
+        }
+    }
+    // The application may keep a peer after its device is gone.
+    if (peer && m_heldPeers.size() < 4 && pick(4) == 0) {
+        m_heldPeers.append(peer);
+    }
 }
 
 void TestSoak::saveInfo()
