@@ -102,8 +102,8 @@ DeviceList::Creation DeviceList::create(IDevice::DeviceId id, IDevice::DeviceTyp
 IDevicePtr DeviceList::add(IDevice::DeviceId id, IDevice::DeviceType type, const QString &path, quint32 index)
 {
     // The duplicate test looks at the bare id, whatever the index.
-    const auto existing = m_devices.constFind(quint32(id));
-    if (existing != m_devices.constEnd()) {
+    const auto existing = registry.constFind(quint32(id));
+    if (existing != registry.constEnd()) {
         qWarning() << "ID already exist!!" << enumKey(id).constData();
         return existing.value();
     }
@@ -159,7 +159,7 @@ void DeviceList::pairBatterySensor(const IDevicePtr &sensor)
 IDevicePtr DeviceList::insert(IDevice *device, quint32 index)
 {
     const IDevicePtr ptr(device);
-    m_devices.insert(quint32(device->id()) + index, ptr);
+    registry.insert(quint32(device->id()) + index, ptr);
     device->initialize();
     if (!device->type().testFlag(IDevice::DEVICE_FIGHT_MODE)) {
         device->setAbility(IDevice::F_ENABLE);
@@ -172,25 +172,25 @@ IDevicePtr DeviceList::insert(IDevice *device, quint32 index)
 
 bool DeviceList::remove(quint32 key)
 {
-    const auto it = m_devices.find(key);
-    if (it == m_devices.end()) {
+    const auto it = registry.find(key);
+    if (it == registry.end()) {
         return false;
     }
     const IDevicePtr device = it.value();
-    m_devices.erase(it);
+    registry.erase(it);
     Q_EMIT deviceRemoved(device->id(), device->path());
     return true;
 }
 
 IDevicePtr DeviceList::device(quint32 key) const
 {
-    return m_devices.value(key);
+    return registry.value(key);
 }
 
 QList<IDevicePtr> DeviceList::devices(IDevice::DeviceType type) const
 {
     QList<IDevicePtr> result;
-    for (const IDevicePtr &device : m_devices) {
+    for (const IDevicePtr &device : registry) {
         // QFlags::testFlag semantics: all bits of type, and 0 matches 0 only.
         if (device->type().testFlag(IDevice::Devices(int(type)))) {
             result.append(device);
@@ -201,7 +201,7 @@ QList<IDevicePtr> DeviceList::devices(IDevice::DeviceType type) const
 
 QList<IDevicePtr> DeviceList::allDevices() const
 {
-    return m_devices.values();
+    return registry.values();
 }
 
 } // namespace TQ_SPAPI

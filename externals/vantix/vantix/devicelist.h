@@ -57,7 +57,7 @@ private:
     /// Hands a freshly stored battery temperature sensor to the battery already stored for it.
     void pairBatterySensor(const IDevicePtr &sensor);
 
-    QMap<quint32, IDevicePtr> m_devices;
+    QMap<quint32, IDevicePtr> registry;
 };
 
 } // namespace TQ_SPAPI

@@ -55,16 +55,16 @@ void DevicePrivate::clearAbility(IDevice::Flags flags)
 // of this length is, so requests apply in the order they were made.
 void DevicePrivate::applyAbilityLater(IDevice::Flags flags, bool set)
 {
-    m_pendingAbilities.append({startTimer(AbilityDelayMs, Qt::PreciseTimer), flags, set});
+    pendingAbilities.append({startTimer(AbilityDelayMs, Qt::PreciseTimer), flags, set});
 }
 
 void DevicePrivate::timerEvent(QTimerEvent *event)
 {
-    for (int i = 0; i < m_pendingAbilities.size(); ++i) {
-        if (m_pendingAbilities.at(i).timerId != event->timerId()) {
+    for (int i = 0; i < pendingAbilities.size(); ++i) {
+        if (pendingAbilities.at(i).timerId != event->timerId()) {
             continue;
         }
-        const PendingAbility pending = m_pendingAbilities.takeAt(i);
+        const PendingAbility pending = pendingAbilities.takeAt(i);
         killTimer(pending.timerId);
         // Re-read the status now: changes made meanwhile are kept.
         const IDevice::DeviceFlags newStatus =

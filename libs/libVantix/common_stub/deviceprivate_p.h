@@ -74,7 +74,7 @@ private:
         IDevice::Flags flags;
         bool set;
     };
-    QVector<PendingAbility> m_pendingAbilities;
+    QVector<PendingAbility> pendingAbilities;
 
     Q_DISABLE_COPY(DevicePrivate)
 };

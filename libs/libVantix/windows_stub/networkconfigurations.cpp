@@ -21,7 +21,7 @@ class HostNetworkConfigurations : public NetworkConfigurations
 public:
     explicit HostNetworkConfigurations(QNetworkConfigurationManager *manager)
         : NetworkConfigurations(manager)
-        , m_manager(manager)
+        , configurationManager(manager)
     {
         connect(manager, &QNetworkConfigurationManager::configurationChanged, this,
             &NetworkConfigurations::configurationChanged);
@@ -33,7 +33,7 @@ public:
     QList<Configuration> allConfigurations() const override
     {
         QList<Configuration> result;
-        const auto configurations = m_manager->allConfigurations();
+        const auto configurations = configurationManager->allConfigurations();
         for (const QNetworkConfiguration &c : configurations) {
             const QNetworkConfiguration::StateFlags state = c.state();
             Configuration entry;
@@ -46,10 +46,10 @@ public:
         return result;
     }
 
-    void updateConfigurations() override { m_manager->updateConfigurations(); }
+    void updateConfigurations() override { configurationManager->updateConfigurations(); }
 
 private:
-    QNetworkConfigurationManager *m_manager;
+    QNetworkConfigurationManager *configurationManager;
 };
 } // namespace
 

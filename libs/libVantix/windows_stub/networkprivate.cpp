@@ -29,7 +29,7 @@ void NetworkPrivate::initialize()
     // Read once: the hardware address of an interface does not change while it exists.
     macAddress = hostInterface().hardwareAddress();
     updateInfo();
-    if (pollTimer || m_pollingStopped) {
+    if (pollTimer || pollingStopped) {
         return;
     }
     pollTimer = new QTimer(this);
@@ -103,7 +103,7 @@ void NetworkPrivate::overrideIP(const QString &newIp)
 
 void NetworkPrivate::stopPolling()
 {
-    m_pollingStopped = true;
+    pollingStopped = true;
     delete pollTimer;
     pollTimer = nullptr;
 }

@@ -65,7 +65,7 @@ protected:
     void stopPolling();
 
 private:
-    bool m_pollingStopped = false;
+    bool pollingStopped = false;
 
     Q_DISABLE_COPY(NetworkPrivate)
 };
