@@ -33,10 +33,13 @@ SystemPrivate::SystemPrivate(System *q)
 {
     connect(deviceList, &DeviceList::deviceAdded, q, &System::deviceDetected);
     connect(deviceList, &DeviceList::deviceRemoved, q, &System::deviceRemoved);
+    connect(deviceList, &DeviceList::deviceRemoved, this, &SystemPrivate::forgetRadio);
 }
 
 SystemPrivate::~SystemPrivate()
 {
+    // Its clients go before the devices they watch.
+    delete controlServer;
     // The debug controller usually outlives every System; it must not keep acting on this one.
     VantixDebug::detachSystemPrivate(this);
 }
@@ -46,6 +49,7 @@ void SystemPrivate::initialize(const QString &name)
     if (ready) {
         return;
     }
+    started.start();
     platform = SystemPlatformType::type;
     systemInfo.insert(QStringLiteral("API_VERSION"), QStringLiteral("0.01"));
     SystemInfoStore::fill(systemInfo, platform);
@@ -59,7 +63,28 @@ void SystemPrivate::initialize(const QString &name)
 
 IDevicePtr SystemPrivate::add(IDevice::DeviceId id, IDevice::DeviceType type, const QString &path)
 {
-    return deviceList->add(id, type, path, 0);
+    const bool isNew = !deviceList->device(quint32(id));
+    const IDevicePtr device = deviceList->add(id, type, path, 0);
+    if (!isNew) {
+        return device;
+    }
+    // Flight mode acts on whatever radio is plugged now, however it came.
+    if (id == IDevice::ID_NETWORK_WIFI) {
+        wifi = device;
+    } else if (id == IDevice::ID_BLUETOOTH) {
+        bluetooth = device;
+    }
+    Q_EMIT devicePlugged(device);
+    return device;
+}
+
+void SystemPrivate::forgetRadio(IDevice::DeviceId id)
+{
+    if (id == IDevice::ID_NETWORK_WIFI) {
+        wifi.clear();
+    } else if (id == IDevice::ID_BLUETOOTH) {
+        bluetooth.clear();
+    }
 }
 
 // The simulated hardware of each platform, in creation order.
@@ -73,10 +98,10 @@ void SystemPrivate::createDevices()
     add(D::ID_AUDIO, D::DEVICE_AUDIO);
     add(D::ID_TEMP_CPU, D::DEVICE_TEMPERATURE);
     add(D::ID_NETWORK_LAN, D::DEVICE_NETWORK);
-    wifi = add(D::ID_NETWORK_WIFI, D::DEVICE_NETWORK | D::DEVICE_FIGHT_MODE);
+    add(D::ID_NETWORK_WIFI, D::DEVICE_NETWORK | D::DEVICE_FIGHT_MODE);
 
     if (platform == S::PT_TOLVEX_PLUS || platform == S::PT_QUARNEL_PLUS) {
-        bluetooth = add(D::ID_BLUETOOTH, D::DEVICE_BUS | D::DEVICE_FIGHT_MODE);
+        add(D::ID_BLUETOOTH, D::DEVICE_BUS | D::DEVICE_FIGHT_MODE);
     }
 
     if (platform == S::PT_TOLVEX || platform == S::PT_TOLVEX_PLUS) {
@@ -177,7 +202,7 @@ void SystemPrivate::addSystemInfoPair(const QString &key, const QString &value)
 
 void SystemPrivate::addBattery(IDevice::DeviceId id)
 {
-    deviceList->add(id, IDevice::DEVICE_BATTERY, QString(), 0);
+    add(id, IDevice::DEVICE_BATTERY);
 }
 
 void SystemPrivate::removeBattery(IDevice::DeviceId id)
@@ -187,7 +212,7 @@ void SystemPrivate::removeBattery(IDevice::DeviceId id)
 
 IDevicePtr SystemPrivate::addDevice(IDevice::DeviceId id, IDevice::DeviceType type, const QString &path)
 {
-    return deviceList->add(id, type, path, 0);
+    return add(id, type, path);
 }
 
 void SystemPrivate::removeDevice(IDevice::DeviceId id)

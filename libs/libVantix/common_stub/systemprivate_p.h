@@ -9,6 +9,7 @@
 
 #include "deviceprivate_p.h"
 
+#include <QElapsedTimer>
 #include <QObject>
 
 #include <utility>
@@ -28,6 +29,8 @@ class VANTIX_PRIVATE_EXPORT SystemPrivate : public QObject
 public:
     explicit SystemPrivate(System *q);
     ~SystemPrivate() override;
+
+    static SystemPrivate *get(System *system) { return system->d; }
 
     void initialize(const QString &name);
     void close();
@@ -87,10 +90,29 @@ public:
     IDevicePtr bluetooth;
     IDevicePtr wifi;
 
+    /// Time since initialize(); what tools stamp events with.
+    qint64 elapsedMs() const { return started.isValid() ? started.elapsed() : 0; }
+    /// When initialize() ran, on the monotonic clock of QElapsedTimer::msecsSinceReference().
+    qint64 startedMs() const { return started.isValid() ? started.msecsSinceReference() : 0; }
+
+Q_SIGNALS:
+    /**
+     * A device has just been created, before any signal of its own and long
+     * before the queued System::deviceDetected: tools that show every change
+     * start watching it here.
+     */
+    void devicePlugged(const TQ_SPAPI::IDevicePtr &device);
+
 private:
     void createDevices();
     ICanMux *ensureCanMux();
+    /// Every device is created here, so the radios and the tools always know it.
     IDevicePtr add(IDevice::DeviceId id, IDevice::DeviceType type, const QString &path = QString());
+    void forgetRadio(IDevice::DeviceId id);
+    void startControlServer();
+
+    QElapsedTimer started;
+    QObject *controlServer = nullptr;
     void finishFlightModeTransition(bool enabled);
 
     Q_DISABLE_COPY(SystemPrivate)

@@ -65,6 +65,15 @@ void VantixDebug::detachSystemPrivate(SystemPrivate *p)
     debug->m_usb.clear();
 }
 
+// The stick's contents: a folder under the share path, made when first needed.
+QString VantixDebug::usbStickFolder(int index)
+{
+    const QString name = index == 0 ? QStringLiteral("usbdisk") : QStringLiteral("usbdisk%1").arg(index + 1);
+    const QString folder = AppConfig::instance()->sharePath(name);
+    QDir().mkpath(folder);
+    return QDir(folder).absolutePath();
+}
+
 IDevicePtr VantixDebug::device(IDevice::DeviceId id) const
 {
     return m_systemPrivate ? m_systemPrivate->deviceList->device(quint32(id)) : IDevicePtr();
@@ -132,10 +141,8 @@ void VantixDebug::onDeviceStatusChanged(IDevice::DeviceFlags deviceStatus)
         return;
     }
     if (sender == m_otgA.data()) {
-        // An active port A brings the USB stick, a folder under the share path.
-        const QString folder = AppConfig::instance()->sharePath(QStringLiteral("usbdisk"));
-        QDir().mkpath(folder);
-        m_systemPrivate->addDevice(IDevice::ID_DISK_USB, IDevice::DEVICE_DISK, QDir(folder).absolutePath());
+        // An active port A brings the USB stick.
+        m_systemPrivate->addDevice(IDevice::ID_DISK_USB, IDevice::DEVICE_DISK, usbStickFolder());
     } else if (sender == m_otgB.data()) {
         // Port B connected to a host: the host now owns the user data.
         if (auto *disk = qobject_cast<IDisk *>(device(IDevice::ID_DISK_USER_DATA).data())) {

@@ -34,6 +34,63 @@ class VANTIX_EXPORT VantixDebug : public QObject
 public:
     static VantixDebug *instance();
 
+    /// What a debug command did, for callers that report it (a console, a remote client).
+    enum CommandResult {
+        CommandApplied, ///< carried out
+        CommandEmpty, ///< no token: nothing to do
+        CommandIllegal, ///< unknown word, or a required argument missing
+        CommandNoSystem, ///< no System is initialised: nothing happened
+        CommandDeviceMissing, ///< the device it acts on is absent or of another kind: nothing changed
+        CommandDevicePresent, ///< it plugs a device that is already there: nothing changed
+    };
+    struct CommandOutcome
+    {
+        CommandResult result = CommandEmpty;
+        /// The device the command acts on, where it names one.
+        IDevice::DeviceId device = IDevice::ID_UNKNOWN_DEV;
+    };
+    /// A command word with its arguments as typed after it and what it does.
+    struct CommandInfo
+    {
+        QString word;
+        QString arguments;
+        QString help;
+    };
+
+    /**
+     * Runs @p command exactly as a text written to the "VantixDebug"
+     * parameter, log lines included, and tells what it did. Whether it
+     * changed something is judged before it runs, from the devices present.
+     */
+    CommandOutcome execute(const QString &command);
+    /// The command words in the order they are matched.
+    static QList<CommandInfo> commands();
+
+    /// What a key release did.
+    enum ShortcutResult {
+        ShortcutNone, ///< no shortcut has this key and these modifiers
+        ShortcutSkipped, ///< a shortcut, but no System or no device to act on
+        ShortcutPassedOn, ///< carried out; the key goes on to the application
+        ShortcutConsumed, ///< carried out; the key stops here
+    };
+    /**
+     * The shortcut of a released key, given as plain values. The key event
+     * handlers add the checks that only real key events need (spontaneous,
+     * not auto-repeated), so that tools can press a key without building one.
+     */
+    ShortcutResult runShortcut(int key, Qt::KeyboardModifiers modifiers);
+    /// A keyboard shortcut and what it does.
+    struct ShortcutInfo
+    {
+        int key;
+        Qt::KeyboardModifiers modifiers;
+        QString help;
+    };
+    static QList<ShortcutInfo> shortcuts();
+
+    /// The folder whose contents stand for a plugged USB stick (@p index 0 is ID_DISK_USB).
+    static QString usbStickFolder(int index = 0);
+
     /// Attaches the simulation that executes every action; done by System::initialize().
     void setSystemPrivate(SystemPrivate *p);
     /**
@@ -95,7 +152,11 @@ private:
 
     /// A command text as read; the command grammar defines it.
     struct Command;
-    bool runCommand(const Command &command);
+    struct CommandRow;
+    static const CommandRow *commandRows(int *count);
+    static const CommandRow *findRow(const Command &command);
+    bool run(const QString &text, CommandOutcome *outcome);
+    CommandOutcome judge(const CommandRow &row, const Command &command) const;
     IDevicePtr plugOtgPort(IDevice::DeviceId id);
     /// Flips one jack bit of the audio device; false when there is no audio device.
     bool toggleJack(IAudio::JackFlag flag);
@@ -110,6 +171,8 @@ private:
     IDevicePtr m_otgA;
     IDevicePtr m_otgB;
     IDevicePtr m_usb;
+    // Where execute() wants to hear what the command running now does.
+    CommandOutcome *m_outcome = nullptr;
 
     Q_DISABLE_COPY(VantixDebug)
 };

@@ -6,11 +6,19 @@
 
 #include "vantixdebug.h"
 
+#include "systemprivate_p.h"
+
 #include <qbcom/parametercontroller.h>
 #include <qbcom/qbparameter.h>
 
+#include <vantix/ibattery.h>
+#include <vantix/ibutton.h>
+#include <vantix/iwifi.h>
+
 #include <QDebug>
 #include <QStringView>
+
+#include <utility>
 
 namespace TQ_SPAPI {
 
@@ -32,18 +40,15 @@ struct ParsedCommand
      * For ASCII, lower case only maps A to Z, and t | 0x20 equals a letter
      * exactly for that letter and its capital.
      */
-    template<int N>
-    bool is(const char (&name)[N]) const
+    bool is(const char *name) const
     {
-        if (word.size() != N - 1) {
-            return false;
-        }
-        for (int i = 0; i < N - 1; ++i) {
-            if ((word[i].unicode() | 0x20) != char16_t(name[i])) {
+        qsizetype i = 0;
+        for (; name[i]; ++i) {
+            if (i == word.size() || (word[i].unicode() | 0x20) != char16_t(name[i])) {
                 return false;
             }
         }
-        return true;
+        return i == word.size();
     }
     bool hasArg() const { return argCount > 0; }
 };
@@ -145,11 +150,159 @@ QString optional(const ParsedCommand &command)
 {
     return command.hasArg() ? command.args[0].toString() : QString();
 }
+
+// What a command needs of the device it acts on, for reporting what it did.
+enum class Need { Nothing, Present, Absent };
+
+template<typename Kind>
+bool isA(const IDevice *device)
+{
+    return qobject_cast<const Kind *>(device) != nullptr;
+}
+
+bool isAny(const IDevice *)
+{
+    return true;
+}
+
+D::DeviceId lan(const ParsedCommand &)
+{
+    return D::ID_NETWORK_LAN;
+}
+
+D::DeviceId wifi(const ParsedCommand &)
+{
+    return D::ID_NETWORK_WIFI;
+}
+
+D::DeviceId batteryOfValue(const ParsedCommand &command)
+{
+    return batteryValue(command).battery;
+}
+
+template<D::DeviceId Id>
+D::DeviceId fixed(const ParsedCommand &)
+{
+    return Id;
+}
 } // namespace
 
 struct VantixDebug::Command : ParsedCommand
 {
 };
+
+// One row per command word, in the order words are matched. A word whose
+// required argument is missing matches no row.
+struct VantixDebug::CommandRow
+{
+    const char *word;
+    const char *arguments;
+    const char *help;
+    bool argumentRequired;
+    Need need;
+    D::DeviceId (*device)(const ParsedCommand &);
+    bool (*isKind)(const IDevice *);
+    void (*perform)(VantixDebug &debug, const Command &command);
+};
+
+const VantixDebug::CommandRow *VantixDebug::commandRows(int *count)
+{
+    using V = VantixDebug;
+    using C = Command;
+    static const CommandRow rows[] = {
+        {"addbattery", "[,1|2]", "plug the first or the second battery", false, Need::Absent, batteryOf, isAny,
+            [](V &d, const C &c) { d.addBattery(batteryOf(c)); }},
+        {"rmbattery", "[,1|2]", "unplug a battery", false, Need::Present, batteryOf, isAny,
+            [](V &d, const C &c) { d.removeBattery(batteryOf(c)); }},
+        {"setbatteryfuel", "[,1|2],<percent>", "set a battery's fuel gauge", true, Need::Present, batteryOfValue,
+            isA<IBattery>,
+            [](V &d, const C &c) {
+                const BatteryValue v = batteryValue(c);
+                d.overrideFuelGauge(v.battery, toInt(v.value));
+            }},
+        {"togglecharging", "[,1|2]", "toggle a battery's charging", false, Need::Present, batteryOf, isA<IBattery>,
+            [](V &d, const C &c) { d.overrideChargeToggle(batteryOf(c)); }},
+        {"setbatterycurrent", "[,1|2],<ampere>", "set a battery's current", true, Need::Present, batteryOfValue,
+            isA<IBattery>,
+            [](V &d, const C &c) {
+                const BatteryValue v = batteryValue(c);
+                d.overrideCurrent(v.battery, toDouble(v.value));
+            }},
+        {"setwiredstate", ",<network state 0-12>", "set the wired network's state", true, Need::Present, lan,
+            isA<INetwork>,
+            [](V &d, const C &c) {
+                d.overrideNetworkState(D::ID_NETWORK_LAN, INetwork::NetworkState(toInt(c.args[0])));
+            }},
+        {"setwifistate", ",<network state 0-12>", "set the Wi-Fi's state", true, Need::Present, wifi, isA<INetwork>,
+            [](V &d, const C &c) {
+                d.overrideNetworkState(D::ID_NETWORK_WIFI, INetwork::NetworkState(toInt(c.args[0])));
+            }},
+        {"setwiredip", "[,<address>]", "set the wired address text (empty without one)", false, Need::Present, lan,
+            isA<INetwork>, [](V &d, const C &c) { d.overrideIP(D::ID_NETWORK_LAN, optional(c)); }},
+        {"setwifiip", "[,<address>]", "set the Wi-Fi address text (empty without one)", false, Need::Present, wifi,
+            isA<INetwork>, [](V &d, const C &c) { d.overrideIP(D::ID_NETWORK_WIFI, optional(c)); }},
+        {"setssid", "[,<ssid>]", "set the Wi-Fi SSID (empty without one)", false, Need::Present, wifi, isA<IWifi>,
+            [](V &d, const C &c) { d.overrideSSID(optional(c)); }},
+        {"setwifichannel", ",<channel>", "set the Wi-Fi channel", true, Need::Present, wifi, isA<IWifi>,
+            [](V &d, const C &c) { d.overrideWifiChannel(toInt(c.args[0])); }},
+        {"setwifisignalstrength", ",<percent>", "set the Wi-Fi signal strength", true, Need::Present, wifi, isA<IWifi>,
+            [](V &d, const C &c) { d.overrideWifiSignalStrength(toInt(c.args[0])); }},
+        {"enablewifi", "", "switch the Wi-Fi on", false, Need::Present, wifi, isA<IWifi>,
+            [](V &d, const C &) { d.overrideWifiEnabled(true); }},
+        {"disablewifi", "", "switch the Wi-Fi off", false, Need::Present, wifi, isA<IWifi>,
+            [](V &d, const C &) { d.overrideWifiEnabled(false); }},
+        {"setwificountry", ",<country code>", "set the Wi-Fi country code", true, Need::Present, wifi, isA<IWifi>,
+            [](V &d, const C &c) { d.overrideWifiCountry(c.args[0].toString()); }},
+        {"addotgb", "", "plug USB OTG port B", false, Need::Absent, fixed<D::ID_USB_OTG_B>, isAny,
+            [](V &d, const C &) { d.addOtgB(); }},
+        {"activateotgb", "", "connect port B to a host: the user data is unmounted", false, Need::Present,
+            fixed<D::ID_USB_OTG_B>, isAny,
+            [](V &d, const C &) {
+                if (d.m_otgB) {
+                    d.m_otgB->setAbility(D::F_ACTIVE);
+                }
+            }},
+        {"rmotgb", "", "unplug USB OTG port B", false, Need::Present, fixed<D::ID_USB_OTG_B>, isAny,
+            [](V &d, const C &) { d.rmOtgB(); }},
+        {"addotga", "", "plug USB OTG port A; once active it brings a USB stick", false, Need::Absent,
+            fixed<D::ID_USB_OTG_A>, isAny, [](V &d, const C &) { d.addOtgA(); }},
+        {"rmotga", "", "unplug USB OTG port A and its stick", false, Need::Present, fixed<D::ID_USB_OTG_A>, isAny,
+            [](V &d, const C &) { d.rmOtgA(); }},
+        {"pwrpress", "", "press the power button", false, Need::Present, fixed<D::ID_BUTTON_POWER>, isA<IButton>,
+            [](V &d, const C &) { d.pressPowerButton(true); }},
+        {"pwrrelase", "", "release the power button", false, Need::Present, fixed<D::ID_BUTTON_POWER>, isA<IButton>,
+            [](V &d, const C &) { d.pressPowerButton(false); }},
+        {"jack", "", "plug or pull the headphone jack", false, Need::Present, fixed<D::ID_AUDIO>, isA<IAudio>,
+            [](V &d, const C &) { d.toggleJack(IAudio::JACK_HEADPHONE); }},
+        {"mic", "", "plug or pull the microphone", false, Need::Present, fixed<D::ID_AUDIO>, isA<IAudio>,
+            [](V &d, const C &) { d.toggleJack(IAudio::JACK_MIC); }},
+    };
+    *count = int(sizeof rows / sizeof rows[0]);
+    return rows;
+}
+
+const VantixDebug::CommandRow *VantixDebug::findRow(const Command &command)
+{
+    int count = 0;
+    const CommandRow *rows = commandRows(&count);
+    for (int i = 0; i < count; ++i) {
+        if (command.is(rows[i].word) && (!rows[i].argumentRequired || command.hasArg())) {
+            return &rows[i];
+        }
+    }
+    return nullptr;
+}
+
+QList<VantixDebug::CommandInfo> VantixDebug::commands()
+{
+    int count = 0;
+    const CommandRow *rows = commandRows(&count);
+    QList<CommandInfo> result;
+    for (int i = 0; i < count; ++i) {
+        result.append({QLatin1String(rows[i].word), QLatin1String(rows[i].arguments), QLatin1String(rows[i].help)});
+    }
+    return result;
+}
 
 void VantixDebug::setParameterController(TQ_QBCom::ParameterController &controller)
 {
@@ -160,84 +313,71 @@ void VantixDebug::setParameterController(TQ_QBCom::ParameterController &controll
 
 void VantixDebug::onVantixDebugChanged(const QString &newValue)
 {
-    Command command;
-    if (!parse(newValue, command)) {
-        return;
-    }
-    bool known = runCommand(command);
-    if (!known && !isAscii(command.word)) {
-        // Qt's full case mapping may still make a command word of it (KELVIN SIGN lowers to 'k').
-        const QString lower = command.word.toString().toLower();
-        if (isAscii(lower)) {
-            command.word = lower;
-            known = runCommand(command);
-        }
-    }
-    if (!known) {
+    if (!run(newValue, m_outcome)) {
         // The printf form writes the same record without a debug stream to build.
         qDebug("Illegal command");
     }
 }
 
-// Each word names one command; one lacking a required argument matches nothing.
-bool VantixDebug::runCommand(const Command &c)
+// Through the parameter's own slot, so that the command and its log record
+// are the same whichever way it came.
+VantixDebug::CommandOutcome VantixDebug::execute(const QString &command)
 {
-    if (c.is("addbattery")) {
-        addBattery(batteryOf(c));
-    } else if (c.is("rmbattery")) {
-        removeBattery(batteryOf(c));
-    } else if (c.is("setbatteryfuel") && c.hasArg()) {
-        const BatteryValue v = batteryValue(c);
-        overrideFuelGauge(v.battery, toInt(v.value));
-    } else if (c.is("togglecharging")) {
-        overrideChargeToggle(batteryOf(c));
-    } else if (c.is("setbatterycurrent") && c.hasArg()) {
-        const BatteryValue v = batteryValue(c);
-        overrideCurrent(v.battery, toDouble(v.value));
-    } else if (c.is("setwiredstate") && c.hasArg()) {
-        overrideNetworkState(D::ID_NETWORK_LAN, INetwork::NetworkState(toInt(c.args[0])));
-    } else if (c.is("setwifistate") && c.hasArg()) {
-        overrideNetworkState(D::ID_NETWORK_WIFI, INetwork::NetworkState(toInt(c.args[0])));
-    } else if (c.is("setwiredip")) {
-        overrideIP(D::ID_NETWORK_LAN, optional(c));
-    } else if (c.is("setwifiip")) {
-        overrideIP(D::ID_NETWORK_WIFI, optional(c));
-    } else if (c.is("setssid")) {
-        overrideSSID(optional(c));
-    } else if (c.is("setwifichannel") && c.hasArg()) {
-        overrideWifiChannel(toInt(c.args[0]));
-    } else if (c.is("setwifisignalstrength") && c.hasArg()) {
-        overrideWifiSignalStrength(toInt(c.args[0]));
-    } else if (c.is("enablewifi")) {
-        overrideWifiEnabled(true);
-    } else if (c.is("disablewifi")) {
-        overrideWifiEnabled(false);
-    } else if (c.is("setwificountry") && c.hasArg()) {
-        overrideWifiCountry(c.args[0].toString());
-    } else if (c.is("addotgb")) {
-        addOtgB();
-    } else if (c.is("activateotgb")) {
-        if (m_otgB) {
-            m_otgB->setAbility(D::F_ACTIVE);
+    CommandOutcome outcome;
+    CommandOutcome *const outer = std::exchange(m_outcome, &outcome);
+    onVantixDebugChanged(command);
+    m_outcome = outer;
+    return outcome;
+}
+
+// The one way a command text is carried out; false for an illegal command.
+// With @p outcome, what the command will do is judged first; the parameter's
+// own path skips that.
+bool VantixDebug::run(const QString &text, CommandOutcome *outcome)
+{
+    Command command;
+    if (!parse(text, command)) {
+        return true;
+    }
+    const CommandRow *row = findRow(command);
+    QString lower;
+    if (!row && !isAscii(command.word)) {
+        // Qt's full case mapping may still make a command word of it (KELVIN SIGN lowers to 'k').
+        lower = command.word.toString().toLower();
+        if (isAscii(lower)) {
+            command.word = lower;
+            row = findRow(command);
         }
-    } else if (c.is("rmotgb")) {
-        rmOtgB();
-    } else if (c.is("addotga")) {
-        addOtgA();
-    } else if (c.is("rmotga")) {
-        rmOtgA();
-    } else if (c.is("pwrpress")) {
-        pressPowerButton(true);
-    } else if (c.is("pwrrelase")) {
-        pressPowerButton(false);
-    } else if (c.is("jack")) {
-        toggleJack(IAudio::JACK_HEADPHONE);
-    } else if (c.is("mic")) {
-        toggleJack(IAudio::JACK_MIC);
-    } else {
+    }
+    if (!row) {
+        if (outcome) {
+            outcome->result = CommandIllegal;
+        }
         return false;
     }
+    if (outcome) {
+        *outcome = judge(*row, command);
+    }
+    row->perform(*this, command);
     return true;
+}
+
+VantixDebug::CommandOutcome VantixDebug::judge(const CommandRow &row, const Command &command) const
+{
+    CommandOutcome outcome;
+    outcome.result = CommandApplied;
+    outcome.device = row.device ? row.device(command) : IDevice::ID_UNKNOWN_DEV;
+    if (!m_systemPrivate) {
+        outcome.result = CommandNoSystem;
+        return outcome;
+    }
+    const IDevicePtr target = row.need == Need::Nothing ? IDevicePtr() : device(outcome.device);
+    if (row.need == Need::Absent && target) {
+        outcome.result = CommandDevicePresent;
+    } else if (row.need == Need::Present && (!target || !row.isKind(target.data()))) {
+        outcome.result = CommandDeviceMissing;
+    }
+    return outcome;
 }
 
 } // namespace TQ_SPAPI

@@ -55,59 +55,95 @@ bool VantixDebug::onKeyReleaseEvent(QKeyEvent *event)
     // the key is itself a modifier (Shift, Control, Alt, Meta, AltGr), and no
     // shortcut here is one. Its inline base accessor reads the same state and
     // spares every application this library the link to QtGui and its stack.
-    const Qt::KeyboardModifiers modifiers = event->QInputEvent::modifiers();
-    const int key = event->key();
+    return runShortcut(event->key(), event->QInputEvent::modifiers()) == ShortcutConsumed;
+}
 
+VantixDebug::ShortcutResult VantixDebug::runShortcut(int key, Qt::KeyboardModifiers modifiers)
+{
     if (modifiers == Qt::KeypadModifier) {
+        switch (key) {
+        case Qt::Key_1:
+        case Qt::Key_2:
+        case Qt::Key_3:
+        case Qt::Key_7:
+        case Qt::Key_8:
+            break;
+        default:
+            return ShortcutNone;
+        }
+        if (!m_systemPrivate) {
+            return ShortcutSkipped;
+        }
         switch (key) {
         case Qt::Key_1:
             qDebug() << "Start Low power";
             m_systemPrivate->overrideFuelGauge(D::ID_BATTERY_1ST, 15);
-            return true;
+            break;
         case Qt::Key_2:
             qDebug() << "Start Critial power";
             m_systemPrivate->overrideFuelGauge(D::ID_BATTERY_1ST, 10);
-            return true;
+            break;
         case Qt::Key_3:
             qDebug() << "Start Shutdown power";
             m_systemPrivate->overrideFuelGauge(D::ID_BATTERY_1ST, 5);
-            return true;
+            break;
         case Qt::Key_7:
             stepNetworkCycle();
-            return true;
-        case Qt::Key_8:
+            break;
+        default:
             stepWifiSignal();
-            return true;
-        default:
-            return false;
+            break;
         }
+        return ShortcutConsumed;
     }
-    if (modifiers == Qt::NoModifier) {
-        switch (key) {
-        case Qt::Key_F2:
-            return toggleJack(IAudio::JACK_HEADPHONE);
-        case Qt::Key_F3:
-            return toggleJack(IAudio::JACK_MIC);
-        case Qt::Key_F4:
-            // Passed on to the application as well.
-            m_otgB ? rmOtgB() : addOtgB();
-            return false;
-        case Qt::Key_F9:
-            m_systemPrivate->overridePowerConnectedToggle(D::ID_POWER_SUPPLY);
-            return true;
-        default:
-            return false;
-        }
+    const bool plain = modifiers == Qt::NoModifier;
+    const bool f4 = key == Qt::Key_F4 && (plain || modifiers == Qt::ShiftModifier || modifiers == Qt::ControlModifier);
+    if (!f4 && !(plain && (key == Qt::Key_F2 || key == Qt::Key_F3 || key == Qt::Key_F9))) {
+        return ShortcutNone;
     }
-    if (modifiers == Qt::ShiftModifier && key == Qt::Key_F4) {
+    if (!m_systemPrivate) {
+        return ShortcutSkipped;
+    }
+    switch (key) {
+    case Qt::Key_F2:
+        return toggleJack(IAudio::JACK_HEADPHONE) ? ShortcutConsumed : ShortcutSkipped;
+    case Qt::Key_F3:
+        return toggleJack(IAudio::JACK_MIC) ? ShortcutConsumed : ShortcutSkipped;
+    case Qt::Key_F9:
+        m_systemPrivate->overridePowerConnectedToggle(D::ID_POWER_SUPPLY);
+        return ShortcutConsumed;
+    default:
+        break;
+    }
+    // F4 and Shift+F4 are passed on to the application as well.
+    if (plain) {
+        m_otgB ? rmOtgB() : addOtgB();
+        return ShortcutPassedOn;
+    }
+    if (modifiers == Qt::ShiftModifier) {
         m_usb ? rmUsb() : addUsb();
-        return false;
+        return ShortcutPassedOn;
     }
-    if (modifiers == Qt::ControlModifier && key == Qt::Key_F4) {
-        toggleTestOffline();
-        return true;
-    }
-    return false;
+    toggleTestOffline();
+    return ShortcutConsumed;
+}
+
+QList<VantixDebug::ShortcutInfo> VantixDebug::shortcuts()
+{
+    const Qt::KeyboardModifiers keypad = Qt::KeypadModifier;
+    return {
+        {Qt::Key_1, keypad, QStringLiteral("low power: the first battery at 15 %")},
+        {Qt::Key_2, keypad, QStringLiteral("critical power: the first battery at 10 %")},
+        {Qt::Key_3, keypad, QStringLiteral("shutdown power: the first battery at 5 %")},
+        {Qt::Key_7, keypad, QStringLiteral("next step of the wired/Wi-Fi cycle")},
+        {Qt::Key_8, keypad, QStringLiteral("Wi-Fi signal 25 % stronger, 0 after 100")},
+        {Qt::Key_F2, Qt::NoModifier, QStringLiteral("plug or pull the headphone jack")},
+        {Qt::Key_F3, Qt::NoModifier, QStringLiteral("plug or pull the microphone")},
+        {Qt::Key_F4, Qt::NoModifier, QStringLiteral("plug or unplug USB OTG port B")},
+        {Qt::Key_F4, Qt::ShiftModifier, QStringLiteral("plug or unplug the USB device")},
+        {Qt::Key_F4, Qt::ControlModifier, QStringLiteral("toggle the offline test")},
+        {Qt::Key_F9, Qt::NoModifier, QStringLiteral("connect or disconnect mains power")},
+    };
 }
 
 void VantixDebug::stepNetworkCycle()
