@@ -133,6 +133,20 @@ private Q_SLOTS:
         QVERIFY(!script.out.contains("OK ID_BATTERY_1ST"));
     }
 
+    void answersDoNotDependOnTheLog()
+    {
+        // One write: the second battery's change comes before its deviceDetected, and is shown.
+        const QByteArray batch("addbattery,2\nsetbatteryfuel,2,33\n");
+        const Run plugged = sim({"--platform", "tolvex"}, batch);
+        QVERIFY2(plugged.out.contains(" ms] ID_BATTERY_2ND fuelGaugeChanged newValue=33\n"), qPrintable(plugged.out));
+        // An illegal command is refused with debug logging off as with it on.
+        for (const char *rules : {"", "*.debug=false"}) {
+            const Run run = sim({"--script", "-"}, "nonsense,1,2\n", {{"QT_LOGGING_RULES", rules}});
+            QCOMPARE(run.exitCode, 1);
+            QVERIFY2(run.err.contains("vantix-sim: -:1: nonsense,1,2: illegal command"), qPrintable(run.err));
+        }
+    }
+
     void dumpJsonAtExit()
     {
         const QString path = QDir(m_root->path()).filePath("state.json");
@@ -171,12 +185,16 @@ private Q_SLOTS:
     }
 
 private:
-    Run sim(const QStringList &arguments, const QByteArray &input = QByteArray())
+    Run sim(const QStringList &arguments, const QByteArray &input = QByteArray(),
+        const QList<QPair<QString, QString>> &extra = {})
     {
         QProcess process;
         QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
         environment.insert("QBCOMMON_ROOT", m_root->path());
         environment.insert("QT_QPA_PLATFORM", "offscreen");
+        for (const auto &variable : extra) {
+            environment.insert(variable.first, variable.second);
+        }
         process.setProcessEnvironment(environment);
         process.start(program(), arguments);
         Run run;

@@ -1,77 +1,45 @@
 // vantix-sim: runs the simulated hardware of one platform, shows every event
-// it raises and takes commands from standard input or a script.
+// it raises and takes commands from standard input or a script. Like any
+// application that links Vantix, it can be driven from outside too.
 
-#include "console.h"
-#include "platformnames.h"
+#include "consoleprinter.h"
+#include "linereader.h"
 
 #include <vantix/system.h>
+
+#include <vantixcontrol/event.h>
+#include <vantixcontrol/platformnames.h>
+#include <vantixcontrol/reply.h>
+#include <vantixcontrol/scriptrunner.h>
+#include <vantixcontrol/session.h>
 
 #include <qbcommon/appconfig.h>
 
 #include <QCommandLineParser>
 #include <QCoreApplication>
 #include <QFile>
-#include <QSocketNotifier>
+#include <QJsonDocument>
+#include <QScopedPointer>
 #include <QStandardPaths>
 #include <QTextStream>
 
-#include <cerrno>
 #include <cstdio>
 #include <unistd.h>
 
 using namespace TQ_SPAPI;
+using namespace VantixControl;
 
 namespace {
-// Splits what arrives on a file descriptor into lines for the console.
-class LineReader
+bool writeDump(const QJsonObject &state, const QString &path, QString *error)
 {
-public:
-    LineReader(int fd, Console *console, const QString &source, bool script)
-        : m_notifier(fd, QSocketNotifier::Read)
-        , m_fd(fd)
-        , m_console(console)
-        , m_source(source)
-        , m_script(script)
-    {
-        QObject::connect(&m_notifier, &QSocketNotifier::activated, [this] { read(); });
+    QFile file(path);
+    if (!file.open(QIODevice::WriteOnly | QIODevice::Truncate) ||
+        file.write(QJsonDocument(state).toJson(QJsonDocument::Indented)) < 0) {
+        *error = QStringLiteral("cannot write %1: %2").arg(path, file.errorString());
+        return false;
     }
-
-private:
-    void read()
-    {
-        char chunk[4096];
-        const ssize_t n = ::read(m_fd, chunk, sizeof chunk);
-        if (n < 0 && (errno == EINTR || errno == EAGAIN)) {
-            return;
-        }
-        if (n <= 0) {
-            m_notifier.setEnabled(false);
-            if (!m_pending.isEmpty()) {
-                m_console->feed({QString::fromUtf8(m_pending)}, m_source, m_script);
-                m_pending.clear();
-            }
-            m_console->endOfInput();
-            return;
-        }
-        m_pending.append(chunk, int(n));
-        QStringList lines;
-        int end = 0;
-        while ((end = m_pending.indexOf('\n')) >= 0) {
-            lines.append(QString::fromUtf8(m_pending.left(end)));
-            m_pending.remove(0, end + 1);
-        }
-        if (!lines.isEmpty()) {
-            m_console->feed(lines, m_source, m_script);
-        }
-    }
-
-    QSocketNotifier m_notifier;
-    int m_fd;
-    Console *m_console;
-    QString m_source;
-    bool m_script;
-    QByteArray m_pending;
-};
+    return true;
+}
 } // namespace
 
 int main(int argc, char *argv[])
@@ -84,7 +52,7 @@ int main(int argc, char *argv[])
     QCommandLineParser parser;
     parser.setApplicationDescription(
         QStringLiteral("Simulated hardware of a Vantix device. Shows the devices and every event they raise, and runs "
-                       "commands from standard input, one per line (type help)."));
+                       "commands from standard input, one per line (type help). vantix-ctl drives it from elsewhere."));
     parser.addHelpOption();
     parser.addVersionOption();
     const QCommandLineOption platformOption(QStringLiteral("platform"),
@@ -100,7 +68,8 @@ int main(int argc, char *argv[])
         QStringLiteral("Run the commands of <file> (- for standard input) and exit; the first KO ends the run with "
                        "exit code 1."),
         QStringLiteral("file"));
-    const QCommandLineOption quietOption(QStringLiteral("quiet"), QStringLiteral("Show only the commands' answers."));
+    const QCommandLineOption quietOption(QStringLiteral("quiet"),
+        QStringLiteral("Print only the commands' answers (the message log still goes to standard error)."));
     const QCommandLineOption dumpOption(QStringLiteral("dump-json"),
         QStringLiteral("Write every device's properties as JSON to <file> at exit."), QStringLiteral("file"));
     // The library reads these itself; they are listed so the parser accepts them.
@@ -126,7 +95,8 @@ int main(int argc, char *argv[])
 
     QStringList scriptLines;
     const QString script = parser.value(scriptOption);
-    if (!script.isEmpty() && script != QLatin1String("-")) {
+    const bool scriptFile = !script.isEmpty() && script != QLatin1String("-");
+    if (scriptFile) {
         QFile file(script);
         if (!file.open(QIODevice::ReadOnly | QIODevice::Text)) {
             std::fprintf(
@@ -137,19 +107,51 @@ int main(int argc, char *argv[])
     }
 
     QTextStream out(stdout);
+    ConsolePrinter printer(out);
+    printer.setQuiet(parser.isSet(quietOption));
+    printer.setColour(ConsolePrinter::wantsColour(STDOUT_FILENO));
+
     SystemPlatformType::type = platform;
     System *system = System::instance();
-    Console console(out);
-    console.setQuiet(parser.isSet(quietOption));
-    console.setColour(::isatty(STDOUT_FILENO) && qEnvironmentVariableIsEmpty("NO_COLOR"));
+    system->initialize(QStringLiteral("vantix-sim"));
+    QScopedPointer<Session> session(new Session(system));
+    QObject::connect(session.data(), &Session::event, [&printer](const Event &event) { printer.event(event); });
+
+    ScriptRunner runner([&session](const QString &line, const std::function<void(const Reply &)> &done) {
+        session->execute(line, done);
+    });
+    // Only this program can be left with quit; in other applications the command does not exist.
+    bool quitting = false;
+    Session::addHostCommand({QStringLiteral("quit"), QStringLiteral("quit"), QStringLiteral("leave the simulator"),
+        [&quitting, &runner](Session &, const QStringList &args) {
+            if (!args.isEmpty()) {
+                return Reply::failure(ErrorClass::BadRequest, QStringLiteral("usage: quit"));
+            }
+            quitting = true;
+            // Asked by another client, the simulator ends once that client has its answer.
+            QMetaObject::invokeMethod(
+                &runner, [&runner] { runner.stop(0); }, Qt::QueuedConnection);
+            return Reply::success();
+        }});
+    QObject::connect(&runner, &ScriptRunner::lineStarted, [&printer](const QString &line, bool fromScript) {
+        if (fromScript) {
+            printer.echo(line);
+        }
+    });
+    QObject::connect(&runner, &ScriptRunner::answered, [&](const QString &, const Reply &reply) {
+        printer.reply(reply);
+        if (quitting) {
+            runner.stop(0);
+        }
+    });
 
     const QString dumpFile = parser.value(dumpOption);
-    QObject::connect(&console, &Console::finished, &app, [&](int exitCode, const QString &message) {
+    QObject::connect(&runner, &ScriptRunner::finished, &app, [&](int exitCode, const QString &message) {
         if (!message.isEmpty()) {
             std::fprintf(stderr, "vantix-sim: %s\n", qPrintable(message));
         }
         QString error;
-        if (!dumpFile.isEmpty() && !console.writeDump(dumpFile, &error)) {
+        if (!dumpFile.isEmpty() && !writeDump(session->dump(), dumpFile, &error)) {
             std::fprintf(stderr, "vantix-sim: %s\n", qPrintable(error));
             exitCode = exitCode == 0 ? 2 : exitCode;
         }
@@ -159,21 +161,35 @@ int main(int argc, char *argv[])
     QScopedPointer<LineReader> reader;
     if (parser.isSet(exitOption)) {
         // Nothing to run: the device table is shown, and the run ends.
-        console.endOfInput();
-    } else if (!script.isEmpty() && script != QLatin1String("-")) {
-        console.feed(scriptLines, script, true);
-        console.endOfInput();
+        runner.endOfInput();
+    } else if (scriptFile) {
+        runner.feed(scriptLines, script, true);
+        runner.endOfInput();
     } else {
         const bool fromScript = script == QLatin1String("-");
-        reader.reset(new LineReader(
-            STDIN_FILENO, &console, fromScript ? QStringLiteral("-") : QStringLiteral("stdin"), fromScript));
+        const QString source = fromScript ? QStringLiteral("-") : QStringLiteral("stdin");
+        reader.reset(new LineReader(STDIN_FILENO));
+        QObject::connect(reader.data(), &LineReader::linesRead, &runner,
+            [&runner, source, fromScript](const QStringList &lines) { runner.feed(lines, source, fromScript); });
+        QObject::connect(reader.data(), &LineReader::ended, &runner, &ScriptRunner::endOfInput);
     }
+
     // Commands wait for the devices: they run once the system is ready.
-    QObject::connect(system, &System::apiReady, &console, &Console::start);
-    system->initialize(QStringLiteral("vantix-sim"));
+    QObject::connect(system, &System::apiReady, &runner, [&] {
+        if (!printer.isQuiet()) {
+            printer.print(QStringLiteral("Platform %1 ready")
+                              .arg(QString::fromLatin1(System::PlatformTypeEnum.valueToKey(system->platform()))));
+            printer.lines(session->deviceTable());
+            printer.print(QStringLiteral("System information:"));
+            session->execute(QStringLiteral("sysinfo"), [&printer](const Reply &reply) { printer.lines(reply.lines); });
+        }
+        session->setEventsEnabled(true);
+        runner.start();
+    });
 
     const int result = QCoreApplication::exec();
     reader.reset();
+    session.reset();
     System::releaseInstance();
     return result;
 }

@@ -1,0 +1,30 @@
+// devices: the device table.
+
+#include "commandtable_p.h"
+#include "eventwatcher_p.h"
+#include "session_p.h"
+#include "textrenderer_p.h"
+
+namespace VantixControl {
+
+namespace {
+Reply devices(Invocation &invocation)
+{
+    if (!invocation.args.isEmpty()) {
+        return Reply::failure(ErrorClass::BadRequest, QStringLiteral("usage: devices"));
+    }
+    const QJsonArray rows = TextRenderer::deviceRows(invocation.session.system, invocation.session.watcher);
+    return Reply::success().withValue(QStringLiteral("table"), rows).withLines(TextRenderer::deviceTable(rows));
+}
+} // namespace
+
+void addDevices(CommandTable &table)
+{
+    CommandSpec spec;
+    spec.name = QStringLiteral("devices");
+    spec.help = QStringLiteral("the device table: id name, number, alias, class, status, type");
+    spec.run = devices;
+    table.add(spec);
+}
+
+} // namespace VantixControl

@@ -1,0 +1,61 @@
+// key <name>: a key released for the debug controller's shortcuts, as plain
+// values, so it works in any application, with or without a window.
+
+#include "commandtable_p.h"
+#include "keynames_p.h"
+#include "schema_p.h"
+#include "vantixdebug.h"
+
+#include <QJsonArray>
+#include <QJsonObject>
+
+using TQ_SPAPI::VantixDebug;
+
+namespace VantixControl {
+
+namespace {
+Reply key(Invocation &invocation)
+{
+    if (invocation.args.size() != 1) {
+        return Reply::failure(
+            ErrorClass::BadRequest, QStringLiteral("usage: key <name>, such as keypad+1, shift+F4, ctrl+F4, F2 or F9"));
+    }
+    int code = 0;
+    Qt::KeyboardModifiers modifiers;
+    QString error;
+    if (!KeyNames::parse(invocation.args.at(0), &code, &modifiers, &error)) {
+        return Reply::failure(ErrorClass::BadValue, error);
+    }
+    const QString name = KeyNames::name(code, modifiers);
+    switch (VantixDebug::instance()->runShortcut(code, modifiers)) {
+    case VantixDebug::ShortcutConsumed:
+        return Reply::success(QStringLiteral("consumed"));
+    case VantixDebug::ShortcutPassedOn:
+        return Reply::success(QStringLiteral("not consumed"));
+    case VantixDebug::ShortcutSkipped:
+        return Reply::failure(
+            ErrorClass::Failed, QStringLiteral("%1: the device it acts on is not present; nothing changed").arg(name));
+    case VantixDebug::ShortcutNone:
+        break;
+    }
+    QStringList keys;
+    for (const QJsonValue &value : Schema::shortcuts()) {
+        keys.append(value.toObject().value(QLatin1String("key")).toString());
+    }
+    return Reply::failure(ErrorClass::BadValue,
+        QStringLiteral("%1 is no shortcut of the debug controller; they are %2")
+            .arg(name, keys.join(QLatin1String(", "))));
+}
+} // namespace
+
+void addKey(CommandTable &table)
+{
+    CommandSpec spec;
+    spec.name = QStringLiteral("key");
+    spec.arguments = {{QStringLiteral("key"), QStringLiteral("key")}};
+    spec.help = QStringLiteral("release a key for the debug controller: keypad+1, shift+F4, ctrl+F4, F2, F9");
+    spec.run = key;
+    table.add(spec);
+}
+
+} // namespace VantixControl

@@ -1,0 +1,155 @@
+// plug <device> [type] and unplug <device>. Where the debug controller has a
+// hot-plug operation for a device, that operation runs, so that what it keeps
+// track of (the USB ports, the stick an active port brings) stays true
+// whichever way the device came or went.
+
+#include "commandtable_p.h"
+#include "devicenames_p.h"
+#include "session_p.h"
+#include "valuetext_p.h"
+#include "vantixdebug.h"
+
+#include <vantix/system.h>
+
+using namespace TQ_SPAPI;
+
+namespace VantixControl {
+
+namespace {
+using D = IDevice;
+
+// The debug controller's own way to plug the device, if it has one.
+bool plugByController(D::DeviceId id)
+{
+    VantixDebug *debug = VantixDebug::instance();
+    switch (id) {
+    case D::ID_BATTERY_1ST:
+    case D::ID_BATTERY_2ND:
+        debug->addBattery(id);
+        return true;
+    case D::ID_USB:
+        debug->addUsb();
+        return true;
+    case D::ID_USB_OTG_A:
+        debug->addOtgA();
+        return true;
+    case D::ID_USB_OTG_B:
+        debug->addOtgB();
+        return true;
+    default:
+        return false;
+    }
+}
+
+bool unplugByController(D::DeviceId id)
+{
+    VantixDebug *debug = VantixDebug::instance();
+    switch (id) {
+    case D::ID_BATTERY_1ST:
+    case D::ID_BATTERY_2ND:
+        debug->removeBattery(id);
+        return true;
+    case D::ID_USB:
+        debug->rmUsb();
+        return true;
+    case D::ID_USB_OTG_A:
+        debug->rmOtgA();
+        return true;
+    case D::ID_USB_OTG_B:
+        debug->rmOtgB();
+        return true;
+    default:
+        return false;
+    }
+}
+
+bool parseDevice(const QString &text, D::DeviceId *id, Reply *failure)
+{
+    if (!DeviceNames::parse(text, id)) {
+        *failure = Reply::failure(ErrorClass::UnknownTarget,
+            QStringLiteral("unknown device \"%1\"; expected an id name, number or alias").arg(text));
+        return false;
+    }
+    return true;
+}
+
+Reply plug(Invocation &invocation)
+{
+    const QStringList &args = invocation.args;
+    if (args.isEmpty() || args.size() > 2) {
+        return Reply::failure(ErrorClass::BadRequest, QStringLiteral("usage: plug <device> [type flags]"));
+    }
+    System *system = invocation.session.system;
+    D::DeviceId id = D::ID_UNKNOWN_DEV;
+    Reply failure;
+    if (!parseDevice(args.at(0), &id, &failure)) {
+        return failure;
+    }
+    if (system->device(id)) {
+        return Reply::failure(ErrorClass::Failed, QStringLiteral("%1 is already plugged").arg(DeviceNames::name(id)));
+    }
+    const D::DeviceType defaultType = DeviceNames::defaultType(id);
+    D::DeviceType type = defaultType;
+    if (args.size() == 2) {
+        int bits = 0;
+        QString error;
+        if (!ValueText::parseEnum(QMetaEnum::fromType<D::DeviceType>(), args.at(1), &bits, &error)) {
+            return Reply::failure(ErrorClass::BadValue, QStringLiteral("type: ") + error);
+        }
+        type = D::DeviceType(bits);
+    }
+    if (type != defaultType || !plugByController(id)) {
+        const QString path = type.testFlag(D::DEVICE_DISK) ? DeviceNames::defaultPath(id) : QString();
+        VantixDebug::instance()->addDevice(id, type, path);
+    }
+    if (!system->device(id)) {
+        return Reply::failure(ErrorClass::Failed, QStringLiteral("%1 could not be plugged").arg(DeviceNames::name(id)));
+    }
+    return Reply::success();
+}
+
+Reply unplug(Invocation &invocation)
+{
+    if (invocation.args.size() != 1) {
+        return Reply::failure(ErrorClass::BadRequest, QStringLiteral("usage: unplug <device>"));
+    }
+    System *system = invocation.session.system;
+    D::DeviceId id = D::ID_UNKNOWN_DEV;
+    Reply failure;
+    if (!parseDevice(invocation.args.at(0), &id, &failure)) {
+        return failure;
+    }
+    if (!system->device(id)) {
+        return Reply::failure(
+            ErrorClass::UnknownTarget, QStringLiteral("%1 is not plugged").arg(DeviceNames::name(id)));
+    }
+    if (!unplugByController(id)) {
+        VantixDebug::instance()->removeDevice(id);
+    }
+    if (system->device(id)) {
+        return Reply::failure(ErrorClass::Failed, QStringLiteral("%1 could not be removed").arg(DeviceNames::name(id)));
+    }
+    return Reply::success();
+}
+} // namespace
+
+void addPlugAndUnplug(CommandTable &table)
+{
+    CommandSpec plug;
+    plug.name = QStringLiteral("plug");
+    plug.arguments = {{QStringLiteral("device"), QStringLiteral("device")},
+        {QStringLiteral("type"), QStringLiteral("DeviceType"), true}};
+    plug.usages = QStringList{QStringLiteral("plug <device> [type flags]")};
+    plug.help = QStringLiteral("hot-plug a device as the debug controller would; the type defaults to the platform's");
+    plug.run = VantixControl::plug;
+    table.add(plug);
+
+    CommandSpec unplug;
+    unplug.name = QStringLiteral("unplug");
+    unplug.arguments = {{QStringLiteral("device"), QStringLiteral("device")}};
+    unplug.help = QStringLiteral("remove a device (a USB port takes its stick along)");
+    unplug.run = VantixControl::unplug;
+    table.add(unplug);
+}
+
+} // namespace VantixControl

@@ -1,0 +1,51 @@
+// record <file> | record stop: the session's commands as a script that replays them.
+
+#include "commandtable_p.h"
+#include "platformnames.h"
+#include "session_p.h"
+
+#include <vantix/system.h>
+
+#include <QDateTime>
+
+namespace VantixControl {
+
+namespace {
+Reply record(Invocation &invocation)
+{
+    SessionPrivate &session = invocation.session;
+    if (invocation.args.size() != 1) {
+        return Reply::failure(ErrorClass::BadRequest, QStringLiteral("usage: record <file> | record stop"));
+    }
+    if (invocation.args.at(0) == QLatin1String("stop")) {
+        const QString path = session.recorder.stop();
+        if (path.isEmpty()) {
+            return Reply::failure(ErrorClass::Failed, QStringLiteral("nothing is being recorded"));
+        }
+        return Reply::success(QStringLiteral("recorded to ") + path).withValue(QStringLiteral("QString"), path);
+    }
+    const QString header =
+        QStringLiteral(
+            "# Recorded %1 on %2.\n# Replay: vantix-sim --platform %2 --script FILE, or vantix-ctl --script FILE.\n")
+            .arg(QDateTime::currentDateTime().toString(Qt::ISODate), PlatformNames::name(session.system->platform()));
+    QString error;
+    if (!session.recorder.start(invocation.args.at(0), header, session.elapsedMs(), &error)) {
+        return Reply::failure(ErrorClass::Failed, error);
+    }
+    return Reply::success(QStringLiteral("recording to ") + session.recorder.path())
+        .withValue(QStringLiteral("QString"), session.recorder.path());
+}
+} // namespace
+
+void addRecord(CommandTable &table)
+{
+    CommandSpec spec;
+    spec.name = QStringLiteral("record");
+    spec.arguments = {{QStringLiteral("file"), QStringLiteral("file")}};
+    spec.usages = QStringList{QStringLiteral("record <file>"), QStringLiteral("record stop")};
+    spec.help = QStringLiteral("write the following commands, with the time between them as waits, to a script");
+    spec.run = record;
+    table.add(spec);
+}
+
+} // namespace VantixControl

@@ -1,0 +1,40 @@
+// show <target>: every property with its value, what can be called and what is signalled.
+
+#include "commandtable_p.h"
+#include "eventwatcher_p.h"
+#include "schema_p.h"
+#include "session_p.h"
+#include "textrenderer_p.h"
+
+namespace VantixControl {
+
+namespace {
+Reply show(Invocation &invocation)
+{
+    if (invocation.args.size() != 1) {
+        return Reply::failure(ErrorClass::BadRequest, QStringLiteral("usage: show <target>"));
+    }
+    Target target;
+    QString error;
+    if (!invocation.session.resolve(invocation.args.at(0), &target, &error)) {
+        return Reply::failure(ErrorClass::UnknownTarget, error);
+    }
+    const QJsonObject description =
+        Schema::describeObject(target.object, target.name, invocation.session.watcher, true);
+    return Reply::success()
+        .withValue(QStringLiteral("object"), description)
+        .withLines(TextRenderer::objectDescription(description));
+}
+} // namespace
+
+void addShow(CommandTable &table)
+{
+    CommandSpec spec;
+    spec.name = QStringLiteral("show");
+    spec.arguments = {{QStringLiteral("target"), QStringLiteral("target")}};
+    spec.help = QStringLiteral("every property with its value, what can be called and what is signalled");
+    spec.run = show;
+    table.add(spec);
+}
+
+} // namespace VantixControl

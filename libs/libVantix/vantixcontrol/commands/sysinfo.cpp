@@ -1,0 +1,33 @@
+// sysinfo: the system-information map.
+
+#include "commandtable_p.h"
+#include "session_p.h"
+#include "textrenderer_p.h"
+
+#include <vantix/system.h>
+
+#include <QJsonObject>
+
+namespace VantixControl {
+
+namespace {
+Reply sysinfo(Invocation &invocation)
+{
+    if (!invocation.args.isEmpty()) {
+        return Reply::failure(ErrorClass::BadRequest, QStringLiteral("usage: sysinfo"));
+    }
+    const QJsonObject info = QJsonObject::fromVariantMap(invocation.session.system->systemInfo());
+    return Reply::success().withValue(QStringLiteral("map"), info).withLines(TextRenderer::keyValues(info));
+}
+} // namespace
+
+void addSysinfo(CommandTable &table)
+{
+    CommandSpec spec;
+    spec.name = QStringLiteral("sysinfo");
+    spec.help = QStringLiteral("the system-information map");
+    spec.run = sysinfo;
+    table.add(spec);
+}
+
+} // namespace VantixControl

@@ -1,0 +1,124 @@
+#include "inspector_p.h"
+
+#include "valuetext_p.h"
+
+#include <QObject>
+
+namespace VantixControl {
+
+QString Inspector::shortClassName(const QMetaObject *metaObject)
+{
+    const QString name = QString::fromLatin1(metaObject->className());
+    return name.mid(name.lastIndexOf(QLatin1Char(':')) + 1);
+}
+
+QString Inspector::shortClassName(const QObject *object)
+{
+    return shortClassName(object->metaObject());
+}
+
+QString Inspector::shortType(QByteArray type)
+{
+    if (type.startsWith("const ")) {
+        type = type.mid(6);
+    }
+    if (type.endsWith('&')) {
+        type.chop(1);
+    }
+    return QString::fromLatin1(type).remove(QStringLiteral("TQ_SPAPI::"));
+}
+
+QString Inspector::methodText(const QMetaMethod &method)
+{
+    QStringList parameters;
+    const QList<QByteArray> types = method.parameterTypes();
+    const QList<QByteArray> names = method.parameterNames();
+    for (int i = 0; i < types.size(); ++i) {
+        parameters.append(names.at(i).isEmpty()
+                ? shortType(types.at(i))
+                : shortType(types.at(i)) + QLatin1Char(' ') + QString::fromLatin1(names.at(i)));
+    }
+    return QStringLiteral("%1(%2)").arg(QString::fromLatin1(method.name()), parameters.join(QLatin1String(", ")));
+}
+
+QList<QMetaProperty> Inspector::properties(const QMetaObject *metaObject)
+{
+    QList<QMetaProperty> result;
+    for (int i = QObject::staticMetaObject.propertyCount(); i < metaObject->propertyCount(); ++i) {
+        result.append(metaObject->property(i));
+    }
+    return result;
+}
+
+QList<QMetaMethod> Inspector::callableMethods(const QMetaObject *metaObject)
+{
+    QList<QMetaMethod> result;
+    for (int i = QObject::staticMetaObject.methodCount(); i < metaObject->methodCount(); ++i) {
+        const QMetaMethod m = metaObject->method(i);
+        if (m.access() == QMetaMethod::Public &&
+            (m.methodType() == QMetaMethod::Slot || m.methodType() == QMetaMethod::Method)) {
+            result.append(m);
+        }
+    }
+    return result;
+}
+
+QList<QMetaMethod> Inspector::signalMethods(const QMetaObject *metaObject)
+{
+    QList<QMetaMethod> result;
+    for (int i = QObject::staticMetaObject.methodCount(); i < metaObject->methodCount(); ++i) {
+        if (metaObject->method(i).methodType() == QMetaMethod::Signal) {
+            result.append(metaObject->method(i));
+        }
+    }
+    return result;
+}
+
+bool Inspector::hasSignal(const QMetaObject *metaObject, const QByteArray &name)
+{
+    for (const QMetaMethod &m : signalMethods(metaObject)) {
+        if (m.name() == name) {
+            return true;
+        }
+    }
+    return false;
+}
+
+bool Inspector::findProperty(
+    const QObject *object, const QString &label, const QString &name, QMetaProperty *property, QString *error)
+{
+    const QList<QMetaProperty> all = properties(object->metaObject());
+    for (const Qt::CaseSensitivity cs : {Qt::CaseSensitive, Qt::CaseInsensitive}) {
+        for (const QMetaProperty &p : all) {
+            if (QString::fromLatin1(p.name()).compare(name, cs) == 0) {
+                *property = p;
+                return true;
+            }
+        }
+    }
+    QStringList names;
+    for (const QMetaProperty &p : all) {
+        names.append(QString::fromLatin1(p.name()));
+    }
+    *error = QStringLiteral("%1 has no property \"%2\"; it has %3")
+                 .arg(label, name, names.isEmpty() ? QStringLiteral("none") : names.join(QLatin1String(", ")));
+    return false;
+}
+
+QMetaEnum Inspector::enumOf(const QObject *object, const QMetaProperty &property)
+{
+    return property.isEnumType() ? property.enumerator()
+                                 : ValueText::findEnum(QByteArray(property.typeName()), object->metaObject());
+}
+
+QString Inspector::propertyText(const QObject *object, const QMetaProperty &property, const ObjectNamer *namer)
+{
+    return ValueText::format(property.read(object), enumOf(object, property), namer);
+}
+
+QString Inspector::propertyType(const QObject *object, const QMetaProperty &property)
+{
+    return ValueText::typeName(property.userType(), QByteArray(property.typeName()), enumOf(object, property));
+}
+
+} // namespace VantixControl

@@ -1,0 +1,30 @@
+#ifndef VANTIXCONTROL_LOGTAP_P_H
+#define VANTIXCONTROL_LOGTAP_P_H
+
+#include <vantix/vantix_private_export.h>
+
+#include <functional>
+
+class QObject;
+
+namespace VantixControl {
+
+struct LogEntry;
+
+/**
+ * Copies the application's message log to the sessions that asked for it.
+ * It never silences, reorders or reroutes anything: every message goes on to
+ * the handler that was installed before, in the caller's thread, and copies
+ * reach sessions through their event loop. The handler is installed for the
+ * first subscriber and removed after the last one, unless someone installed
+ * another handler on top since, which may still call it: then it stays and
+ * only passes messages on.
+ */
+namespace LogTap {
+VANTIX_PRIVATE_EXPORT void subscribe(QObject *receiver, std::function<void(const LogEntry &)> sink);
+VANTIX_PRIVATE_EXPORT void unsubscribe(QObject *receiver);
+} // namespace LogTap
+
+} // namespace VantixControl
+
+#endif

@@ -1,0 +1,655 @@
+#include "valuetext_p.h"
+
+#include "devicenames_p.h"
+
+#include <vantix/vantix.h>
+
+#include <QAssociativeIterable>
+#include <QJsonArray>
+#include <QJsonObject>
+#include <QList>
+#include <QLocale>
+#include <QMetaObject>
+#include <QMetaProperty>
+#include <QObject>
+#include <QSequentialIterable>
+#include <QStringList>
+
+#include <cmath>
+#include <limits>
+
+namespace VantixControl {
+
+namespace {
+using namespace TQ_SPAPI;
+
+// Classes whose enums a type name may point into from elsewhere (ICanMux's
+// IDevice::DeviceId): the library's own and Qt's namespace. Fixed, so that
+// what one session has seen never changes what another one reads.
+const QList<const QMetaObject *> &knownMetaObjects()
+{
+    static const QList<const QMetaObject *> list{&IDevice::staticMetaObject, &System::staticMetaObject,
+        &IAccessPoint::staticMetaObject, &IApiMessage::staticMetaObject, &IAudio::staticMetaObject,
+        &IBattery::staticMetaObject, &IBluetooth::staticMetaObject, &IButton::staticMetaObject,
+        &ICanMux::staticMetaObject, &IDisk::staticMetaObject, &IDisplay::staticMetaObject,
+        &IIOController::staticMetaObject, &ILed::staticMetaObject, &INetwork::staticMetaObject,
+        &IPwmEcg::staticMetaObject, &ISensor::staticMetaObject, &ISoundAmplifier::staticMetaObject,
+        &ITimeSettings::staticMetaObject, &IUsb::staticMetaObject, &IVibrator::staticMetaObject,
+        &IWifi::staticMetaObject, &IWifiP2P::staticMetaObject, &IWifiP2PPeer::staticMetaObject,
+        QMetaType::metaObjectForType(qMetaTypeId<Qt::GlobalColor>())};
+    return list;
+}
+
+constexpr QMetaType::TypeFlags ObjectFlags = QMetaType::PointerToQObject | QMetaType::SharedPointerToQObject |
+    QMetaType::WeakPointerToQObject | QMetaType::TrackingPointerToQObject;
+
+QString shortClassName(const QMetaObject *metaObject)
+{
+    const QString name = QString::fromLatin1(metaObject->className());
+    return name.mid(name.lastIndexOf(QLatin1Char(':')) + 1);
+}
+
+QString quoted(const QString &text)
+{
+    QString escaped = text;
+    escaped.replace(QLatin1Char('\\'), QLatin1String("\\\\")).replace(QLatin1Char('"'), QLatin1String("\\\""));
+    return QLatin1Char('"') + escaped + QLatin1Char('"');
+}
+
+// The enum of a registered type: Q_ENUM types, and QFlags types by name.
+QMetaEnum enumOfType(int typeId)
+{
+    if (typeId < QMetaType::User || (QMetaType::typeFlags(typeId) & (ObjectFlags | QMetaType::IsGadget))) {
+        return QMetaEnum();
+    }
+    return ValueText::findEnum(QByteArray(QMetaType::typeName(typeId)));
+}
+
+int readInteger(const void *data, int size)
+{
+    switch (size) {
+    case 1:
+        return *static_cast<const qint8 *>(data);
+    case 2:
+        return *static_cast<const qint16 *>(data);
+    case 8:
+        return int(*static_cast<const qint64 *>(data));
+    default:
+        return *static_cast<const int *>(data);
+    }
+}
+
+bool matchesScope(const QByteArray &className, const QByteArray &scope)
+{
+    return scope.isEmpty() || className == scope || className.endsWith("::" + scope);
+}
+
+QMetaEnum enumIn(const QMetaObject *metaObject, const QByteArray &scope, const QByteArray &name)
+{
+    if (!metaObject || !matchesScope(metaObject->className(), scope)) {
+        return QMetaEnum();
+    }
+    for (int i = 0; i < metaObject->enumeratorCount(); ++i) {
+        const QMetaEnum e = metaObject->enumerator(i);
+        // A Q_FLAG is found under its flags name and under its enum's name.
+        if (name == e.name() || name == e.enumName()) {
+            return e;
+        }
+    }
+    return QMetaEnum();
+}
+
+// The sign and size of a whole number written as decimal or 0x-hex digits only.
+bool parseMagnitude(const QString &text, bool *negative, qulonglong *magnitude)
+{
+    QStringView t(text);
+    *negative = t.startsWith(QLatin1Char('-'));
+    if (*negative) {
+        t = t.mid(1);
+    }
+    int base = 10;
+    if (t.startsWith(QLatin1String("0x")) || t.startsWith(QLatin1String("0X"))) {
+        base = 16;
+        t = t.mid(2);
+    }
+    if (t.isEmpty()) {
+        return false;
+    }
+    for (const QChar c : t) {
+        const bool digit = c >= QLatin1Char('0') && c <= QLatin1Char('9');
+        const bool hex =
+            (c >= QLatin1Char('a') && c <= QLatin1Char('f')) || (c >= QLatin1Char('A') && c <= QLatin1Char('F'));
+        if (!digit && !(base == 16 && hex)) {
+            return false;
+        }
+    }
+    bool ok = false;
+    *magnitude = t.toString().toULongLong(&ok, base);
+    return ok;
+}
+
+struct Range
+{
+    qlonglong low;
+    qulonglong high;
+};
+
+bool integerRange(int typeId, Range *range)
+{
+    switch (typeId) {
+    case QMetaType::Int:
+        *range = {std::numeric_limits<int>::min(), qulonglong(std::numeric_limits<int>::max())};
+        return true;
+    case QMetaType::UInt:
+        *range = {0, std::numeric_limits<uint>::max()};
+        return true;
+    case QMetaType::Long:
+        *range = {std::numeric_limits<long>::min(), qulonglong(std::numeric_limits<long>::max())};
+        return true;
+    case QMetaType::ULong:
+        *range = {0, std::numeric_limits<ulong>::max()};
+        return true;
+    case QMetaType::LongLong:
+        *range = {std::numeric_limits<qlonglong>::min(), qulonglong(std::numeric_limits<qlonglong>::max())};
+        return true;
+    case QMetaType::ULongLong:
+        *range = {0, std::numeric_limits<qulonglong>::max()};
+        return true;
+    case QMetaType::Short:
+        *range = {std::numeric_limits<short>::min(), qulonglong(std::numeric_limits<short>::max())};
+        return true;
+    case QMetaType::UShort:
+        *range = {0, std::numeric_limits<ushort>::max()};
+        return true;
+    case QMetaType::SChar:
+    case QMetaType::Char:
+        *range = {-128, 127};
+        return true;
+    case QMetaType::UChar:
+        *range = {0, 255};
+        return true;
+    default:
+        return false;
+    }
+}
+
+bool inRange(bool negative, qulonglong magnitude, const Range &range)
+{
+    if (!negative) {
+        return magnitude <= range.high;
+    }
+    // -magnitude >= low, with low <= 0.
+    return magnitude == 0 || (range.low < 0 && magnitude - 1 <= qulonglong(-(range.low + 1)));
+}
+
+bool parseBool(const QString &text, bool *value)
+{
+    const QString t = text.toLower();
+    if (t == QLatin1String("true") || t == QLatin1String("on") || t == QLatin1String("yes") ||
+        t == QLatin1String("1")) {
+        *value = true;
+        return true;
+    }
+    if (t == QLatin1String("false") || t == QLatin1String("off") || t == QLatin1String("no") ||
+        t == QLatin1String("0")) {
+        *value = false;
+        return true;
+    }
+    return false;
+}
+
+QStringList keysOf(const QMetaEnum &enumerator)
+{
+    QStringList keys;
+    for (int i = 0; i < enumerator.keyCount(); ++i) {
+        keys.append(QString::fromLatin1(enumerator.key(i)));
+    }
+    return keys;
+}
+
+// A number stands for a value the enum has, or for flags a set of its bits.
+bool isValidNumber(const QMetaEnum &enumerator, qlonglong number)
+{
+    if (number < std::numeric_limits<int>::min() || number > qlonglong(std::numeric_limits<uint>::max())) {
+        return false;
+    }
+    const uint value = uint(number);
+    if (!enumerator.isFlag()) {
+        return enumerator.valueToKey(int(value)) != nullptr;
+    }
+    uint bits = 0;
+    for (int i = 0; i < enumerator.keyCount(); ++i) {
+        bits |= uint(enumerator.value(i));
+    }
+    return (value & ~bits) == 0;
+}
+
+bool keyValue(const QMetaEnum &enumerator, const QString &name, int *value)
+{
+    const QByteArray latin = name.toLatin1();
+    const int scope = latin.lastIndexOf("::");
+    if (scope >= 0 && !matchesScope(QByteArray(enumerator.scope()), latin.left(scope))) {
+        return false;
+    }
+    const QByteArray key = scope < 0 ? latin : latin.mid(scope + 2);
+    for (int i = 0; i < enumerator.keyCount(); ++i) {
+        if (key == enumerator.key(i)) {
+            *value = enumerator.value(i);
+            return true;
+        }
+    }
+    return false;
+}
+} // namespace
+
+QMetaEnum ValueText::findEnum(const QByteArray &typeName, const QMetaObject *context)
+{
+    QByteArray name = typeName.trimmed();
+    if (name.startsWith("const ")) {
+        name = name.mid(6);
+    }
+    if (name.endsWith('&')) {
+        name.chop(1);
+    }
+    if (name.startsWith("QFlags<") && name.endsWith('>')) {
+        name = name.mid(7, name.size() - 8);
+    }
+    if (name.isEmpty() || name.endsWith('*') || name.contains('<')) {
+        return QMetaEnum();
+    }
+    const int split = name.lastIndexOf("::");
+    const QByteArray scope = split < 0 ? QByteArray() : name.left(split);
+    const QByteArray enumName = split < 0 ? name : name.mid(split + 2);
+
+    const int typeId = QMetaType::type(name.constData());
+    if (typeId != QMetaType::UnknownType) {
+        const QMetaEnum e = enumIn(QMetaType::metaObjectForType(typeId), scope, enumName);
+        if (e.isValid()) {
+            return e;
+        }
+    }
+    for (const QMetaObject *m = context; m; m = m->superClass()) {
+        const QMetaEnum e = enumIn(m, scope, enumName);
+        if (e.isValid()) {
+            return e;
+        }
+    }
+    // Without a class name only the context may answer: an enum name alone is ambiguous.
+    if (scope.isEmpty()) {
+        return QMetaEnum();
+    }
+    for (const QMetaObject *m : knownMetaObjects()) {
+        const QMetaEnum e = enumIn(m, scope, enumName);
+        if (e.isValid()) {
+            return e;
+        }
+    }
+    return QMetaEnum();
+}
+
+QString ValueText::enumText(const QMetaEnum &enumerator, int value)
+{
+    if (!enumerator.isFlag()) {
+        const char *key = enumerator.valueToKey(value);
+        return key ? QString::fromLatin1(key) : QString::number(value);
+    }
+    // A key for the whole value wins (F_NOFLAGS for 0, F_ALL for every bit).
+    for (int i = 0; i < enumerator.keyCount(); ++i) {
+        if (enumerator.value(i) == value) {
+            return QString::fromLatin1(enumerator.key(i));
+        }
+    }
+    QStringList names;
+    uint covered = 0;
+    for (int i = 0; i < enumerator.keyCount(); ++i) {
+        const uint bits = uint(enumerator.value(i));
+        if (bits != 0 && bits != ~0u && (uint(value) & bits) == bits) {
+            names.append(QString::fromLatin1(enumerator.key(i)));
+            covered |= bits;
+        }
+    }
+    const uint rest = uint(value) & ~covered;
+    if (rest != 0 || names.isEmpty()) {
+        names.append(QStringLiteral("0x%1").arg(rest, 0, 16));
+    }
+    return names.join(QLatin1Char('|'));
+}
+
+QString ValueText::typeName(int typeId, const QByteArray &declared, const QMetaEnum &enumerator)
+{
+    if (enumerator.isValid()) {
+        return QString::fromLatin1(enumerator.name());
+    }
+    QByteArray name = typeId != QMetaType::UnknownType ? QByteArray(QMetaType::typeName(typeId)) : declared;
+    if (name.startsWith("const ")) {
+        name = name.mid(6);
+    }
+    if (name.endsWith('&')) {
+        name.chop(1);
+    }
+    return QString::fromLatin1(name).remove(QStringLiteral("TQ_SPAPI::"));
+}
+
+QString ValueText::objectName(const QObject *object, const ObjectNamer *namer)
+{
+    if (!object) {
+        return QStringLiteral("null");
+    }
+    if (namer) {
+        const QString name = namer->nameOf(object);
+        if (!name.isEmpty()) {
+            return name;
+        }
+    }
+    if (const auto *device = qobject_cast<const IDevice *>(object)) {
+        return DeviceNames::name(device->id());
+    }
+    return shortClassName(object->metaObject());
+}
+
+bool ValueText::isIntegral(int typeId)
+{
+    Range range{};
+    return integerRange(typeId, &range);
+}
+
+bool ValueText::isNumeric(int typeId)
+{
+    return isIntegral(typeId) || typeId == QMetaType::Double || typeId == QMetaType::Float;
+}
+
+bool ValueText::holdsObject(int typeId)
+{
+    return typeId == QMetaType::QObjectStar || (QMetaType::typeFlags(typeId) & ObjectFlags);
+}
+
+QObject *ValueText::objectOf(const QVariant &value)
+{
+    const int typeId = value.userType();
+    if (!holdsObject(typeId)) {
+        return nullptr;
+    }
+    if (typeId == QMetaType::QObjectStar || (QMetaType::typeFlags(typeId) & QMetaType::PointerToQObject)) {
+        return *static_cast<QObject *const *>(value.constData());
+    }
+    // Smart pointers convert through the converter Qt registers with their type.
+    return value.canConvert<QObject *>() ? value.value<QObject *>() : nullptr;
+}
+
+int ValueText::enumValue(const QVariant &value)
+{
+    const int typeId = value.userType();
+    if (typeId >= QMetaType::User && value.constData()) {
+        return readInteger(value.constData(), QMetaType::sizeOf(typeId));
+    }
+    return value.toInt();
+}
+
+int ValueText::readEnum(const void *data, int typeId)
+{
+    return readInteger(data, typeId == QMetaType::UnknownType ? int(sizeof(int)) : QMetaType::sizeOf(typeId));
+}
+
+QString ValueText::format(const QVariant &value, const QMetaEnum &enumerator, const ObjectNamer *namer)
+{
+    if (!value.isValid()) {
+        return QStringLiteral("(none)");
+    }
+    if (enumerator.isValid()) {
+        return enumText(enumerator, enumValue(value));
+    }
+    const int typeId = value.userType();
+    const QMetaEnum ownEnum = enumOfType(typeId);
+    if (ownEnum.isValid()) {
+        return enumText(ownEnum, enumValue(value));
+    }
+    switch (typeId) {
+    case QMetaType::Bool:
+        return value.toBool() ? QStringLiteral("true") : QStringLiteral("false");
+    case QMetaType::QString:
+        return quoted(value.toString());
+    case QMetaType::QByteArray:
+        return quoted(QString::fromUtf8(value.toByteArray()));
+    case QMetaType::Double:
+    case QMetaType::Float:
+        return QString::number(value.toDouble(), 'g', 12);
+    case QMetaType::QStringList: {
+        QStringList items;
+        for (const QString &item : value.toStringList()) {
+            items.append(quoted(item));
+        }
+        return QLatin1Char('[') + items.join(QLatin1String(", ")) + QLatin1Char(']');
+    }
+    default:
+        break;
+    }
+    if (holdsObject(typeId)) {
+        return objectName(objectOf(value), namer);
+    }
+    if (QMetaType::typeFlags(typeId) & QMetaType::IsGadget) {
+        const QMetaObject *metaObject = QMetaType::metaObjectForType(typeId);
+        QStringList fields;
+        for (int i = 0; metaObject && i < metaObject->propertyCount(); ++i) {
+            const QMetaProperty p = metaObject->property(i);
+            fields.append(QStringLiteral("%1: %2").arg(
+                QString::fromLatin1(p.name()), format(p.readOnGadget(value.constData()), p.enumerator(), namer)));
+        }
+        return QLatin1Char('{') + fields.join(QLatin1String(", ")) + QLatin1Char('}');
+    }
+    if (value.canConvert<QVariantMap>()) {
+        QStringList fields;
+        const QAssociativeIterable map = value.value<QAssociativeIterable>();
+        for (auto it = map.begin(); it != map.end(); ++it) {
+            fields.append(QStringLiteral("%1: %2").arg(it.key().toString(), format(it.value(), QMetaEnum(), namer)));
+        }
+        return QLatin1Char('{') + fields.join(QLatin1String(", ")) + QLatin1Char('}');
+    }
+    if (value.canConvert<QVariantList>()) {
+        QStringList items;
+        for (const QVariant &item : value.value<QSequentialIterable>()) {
+            items.append(format(item, QMetaEnum(), namer));
+        }
+        return QLatin1Char('[') + items.join(QLatin1String(", ")) + QLatin1Char(']');
+    }
+    if (value.canConvert<QString>()) {
+        return value.toString();
+    }
+    return QStringLiteral("<%1>").arg(QString::fromLatin1(value.typeName()));
+}
+
+QJsonValue ValueText::toJson(const QVariant &value, const QMetaEnum &enumerator, const ObjectNamer *namer)
+{
+    if (!value.isValid()) {
+        return QJsonValue();
+    }
+    const int typeId = value.userType();
+    if (enumerator.isValid() || enumOfType(typeId).isValid()) {
+        return format(value, enumerator);
+    }
+    if (isIntegral(typeId)) {
+        return typeId == QMetaType::ULongLong || typeId == QMetaType::ULong ? QJsonValue(value.toDouble())
+                                                                            : QJsonValue(value.toLongLong());
+    }
+    switch (typeId) {
+    case QMetaType::Bool:
+        return value.toBool();
+    case QMetaType::Double:
+    case QMetaType::Float: {
+        const double d = value.toDouble();
+        return std::isfinite(d) ? QJsonValue(d) : QJsonValue();
+    }
+    case QMetaType::QString:
+        return value.toString();
+    case QMetaType::QByteArray:
+        return QString::fromUtf8(value.toByteArray());
+    case QMetaType::QStringList:
+        return QJsonArray::fromStringList(value.toStringList());
+    default:
+        break;
+    }
+    if (holdsObject(typeId)) {
+        QObject *object = objectOf(value);
+        return object ? QJsonValue(objectName(object, namer)) : QJsonValue();
+    }
+    if (QMetaType::typeFlags(typeId) & QMetaType::IsGadget) {
+        QJsonObject fields;
+        const QMetaObject *metaObject = QMetaType::metaObjectForType(typeId);
+        for (int i = 0; metaObject && i < metaObject->propertyCount(); ++i) {
+            const QMetaProperty p = metaObject->property(i);
+            fields.insert(
+                QString::fromLatin1(p.name()), toJson(p.readOnGadget(value.constData()), p.enumerator(), namer));
+        }
+        return fields;
+    }
+    if (value.canConvert<QVariantMap>()) {
+        QJsonObject fields;
+        const QAssociativeIterable map = value.value<QAssociativeIterable>();
+        for (auto it = map.begin(); it != map.end(); ++it) {
+            fields.insert(it.key().toString(), toJson(it.value(), QMetaEnum(), namer));
+        }
+        return fields;
+    }
+    if (value.canConvert<QVariantList>()) {
+        QJsonArray items;
+        for (const QVariant &item : value.value<QSequentialIterable>()) {
+            items.append(toJson(item, QMetaEnum(), namer));
+        }
+        return items;
+    }
+    return format(value, QMetaEnum(), namer);
+}
+
+bool ValueText::parseInteger(const QString &text, qlonglong *value)
+{
+    bool negative = false;
+    qulonglong magnitude = 0;
+    const Range range{std::numeric_limits<qlonglong>::min(), qulonglong(std::numeric_limits<qlonglong>::max())};
+    if (!parseMagnitude(text, &negative, &magnitude) || !inRange(negative, magnitude, range)) {
+        return false;
+    }
+    *value = negative ? qlonglong(0 - magnitude) : qlonglong(magnitude);
+    return true;
+}
+
+bool ValueText::parseEnum(const QMetaEnum &enumerator, const QString &text, int *value, QString *error)
+{
+    const QStringList parts = enumerator.isFlag() ? text.split(QLatin1Char('|')) : QStringList{text};
+    int result = 0;
+    for (const QString &rawPart : parts) {
+        const QString part = rawPart.trimmed();
+        int partValue = 0;
+        qlonglong number = 0;
+        bool found = keyValue(enumerator, part, &partValue);
+        if (!found && parseInteger(part, &number) && isValidNumber(enumerator, number)) {
+            partValue = int(number);
+            found = true;
+        }
+        if (!found) {
+            const QString keys = keysOf(enumerator).join(QLatin1String(", "));
+            *error = enumerator.isFlag()
+                ? QStringLiteral("expected names of %1 joined by |, or a number made of their bits, got \"%2\"")
+                      .arg(keys, part)
+                : QStringLiteral("expected one of %1, or the number of one, got \"%2\"").arg(keys, part);
+            return false;
+        }
+        result |= partValue;
+    }
+    *value = result;
+    return true;
+}
+
+bool ValueText::parse(const QString &text, int typeId, const QByteArray &typeName, const QMetaEnum &enumerator,
+    QVariant *out, QString *error)
+{
+    QMetaEnum e = enumerator;
+    if (!e.isValid() && (typeId == QMetaType::UnknownType || typeId >= QMetaType::User)) {
+        e = findEnum(typeName);
+    }
+    if (e.isValid()) {
+        int value = 0;
+        if (!parseEnum(e, text, &value, error)) {
+            return false;
+        }
+        if (typeId != QMetaType::UnknownType && QMetaType::sizeOf(typeId) == int(sizeof(int))) {
+            *out = QVariant(typeId, &value);
+        } else {
+            *out = value;
+        }
+        return true;
+    }
+
+    Range range{};
+    if (integerRange(typeId, &range)) {
+        bool negative = false;
+        qulonglong magnitude = 0;
+        if (parseMagnitude(text, &negative, &magnitude) && inRange(negative, magnitude, range)) {
+            QVariant v = negative ? QVariant(qlonglong(0 - magnitude)) : QVariant(magnitude);
+            v.convert(typeId);
+            *out = v;
+            return true;
+        }
+        *error = QStringLiteral("expected %1 from %2 to %3 (decimal, or hex after 0x), got \"%4\"")
+                     .arg(range.low == 0 ? QStringLiteral("a whole number") : QStringLiteral("an integer"))
+                     .arg(range.low)
+                     .arg(range.high)
+                     .arg(text);
+        return false;
+    }
+
+    switch (typeId) {
+    case QMetaType::Bool: {
+        bool b = false;
+        if (!parseBool(text, &b)) {
+            *error = QStringLiteral("expected true or false (on/off, yes/no, 1/0), got \"%1\"").arg(text);
+            return false;
+        }
+        *out = b;
+        return true;
+    }
+    case QMetaType::Double:
+    case QMetaType::Float: {
+        bool ok = false;
+        const double d = QLocale::c().toDouble(text, &ok);
+        if (!ok || !std::isfinite(d) || text.trimmed() != text) {
+            *error = QStringLiteral("expected a finite number such as 2.5, got \"%1\"").arg(text);
+            return false;
+        }
+        QVariant v(d);
+        v.convert(typeId);
+        *out = v;
+        return true;
+    }
+    case QMetaType::QString:
+    case QMetaType::QVariant:
+        *out = text;
+        return true;
+    case QMetaType::QByteArray:
+        *out = text.toUtf8();
+        return true;
+    case QMetaType::QStringList:
+        *out = text.isEmpty() ? QStringList() : text.split(QLatin1Char(','));
+        return true;
+    case QMetaType::QChar:
+        if (text.size() != 1) {
+            *error = QStringLiteral("expected one character, got \"%1\"").arg(text);
+            return false;
+        }
+        *out = text.at(0);
+        return true;
+    default:
+        break;
+    }
+
+    // Anything Qt can make from text: QUrl, QDateTime, QUuid, ...
+    QVariant v(text);
+    if (typeId != QMetaType::UnknownType && v.canConvert(typeId) && v.convert(typeId)) {
+        *out = v;
+        return true;
+    }
+    *error = QStringLiteral("cannot make a %1 from text")
+                 .arg(QString::fromLatin1(
+                     typeId != QMetaType::UnknownType ? QMetaType::typeName(typeId) : typeName.constData()));
+    return false;
+}
+
+} // namespace VantixControl
