@@ -4,6 +4,7 @@
 #include "batteryprivate_p.h"
 #include "buttonprivate_p.h"
 #include "canmuxprivate_p.h"
+#include "controlserver_p.h"
 #include "networkprivate_p.h"
 #include "systeminfostore_p.h"
 #include "vantixdebug.h"
@@ -58,6 +59,8 @@ void SystemPrivate::initialize(const QString &name)
     registeredIds.append(name);
     ready = true;
     VantixDebug::instance()->setSystemPrivate(this);
+    // Any application can now be driven from outside, as vantix-sim is.
+    controlServer = VantixControl::ControlServer::start(q, this);
     QTimer::singleShot(ApiReadyDelayMs, this, [this] { Q_EMIT q->apiReady(); });
 }
 

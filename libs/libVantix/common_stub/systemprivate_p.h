@@ -109,7 +109,6 @@ private:
     /// Every device is created here, so the radios and the tools always know it.
     IDevicePtr add(IDevice::DeviceId id, IDevice::DeviceType type, const QString &path = QString());
     void forgetRadio(IDevice::DeviceId id);
-    void startControlServer();
 
     QElapsedTimer started;
     QObject *controlServer = nullptr;

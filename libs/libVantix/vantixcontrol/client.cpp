@@ -1,0 +1,263 @@
+#include "client.h"
+
+#include "event.h"
+#include "reply.h"
+#include "socketdirectory.h"
+
+#include <QHash>
+#include <QJsonDocument>
+#include <QLocalSocket>
+#include <QPointer>
+#include <QSharedPointer>
+#include <QTimer>
+
+#include <utility>
+
+namespace VantixControl {
+
+namespace {
+constexpr int GreetingTimeoutMs = 3000;
+} // namespace
+
+class ClientPrivate : public QObject
+{
+public:
+    explicit ClientPrivate(Client *q)
+        : QObject(q)
+        , q(q)
+        , socket(new QLocalSocket(this))
+    {
+        connect(socket, &QLocalSocket::readyRead, this, &ClientPrivate::read);
+        connect(socket, &QLocalSocket::disconnected, this,
+            [this] { lost(QStringLiteral("the application closed the connection")); });
+        connect(socket, &QLocalSocket::errorOccurred, this, [this] {
+            if (socket->state() != QLocalSocket::ConnectedState) {
+                lost(socket->errorString());
+            }
+        });
+        greetingTimer.setSingleShot(true);
+        connect(&greetingTimer, &QTimer::timeout, this, [this] {
+            socket->abort();
+            lost(QStringLiteral("no greeting from %1").arg(path));
+        });
+    }
+
+    void read()
+    {
+        buffer += socket->readAll();
+        int newline;
+        const QPointer<ClientPrivate> alive(this);
+        while (alive && (newline = buffer.indexOf('\n')) >= 0) {
+            const QByteArray line = buffer.left(newline);
+            buffer.remove(0, newline + 1);
+            handle(line);
+        }
+    }
+
+    void handle(const QByteArray &line)
+    {
+        Q_EMIT q->lineReceived(line);
+        const QJsonObject object = QJsonDocument::fromJson(line).object();
+        if (object.contains(QLatin1String("vantix"))) {
+            greetingTimer.stop();
+            greeting = object.value(QLatin1String("vantix")).toObject();
+            Q_EMIT q->connected(greeting);
+        } else if (object.contains(QLatin1String("event"))) {
+            Q_EMIT q->event(Event::fromJson(object));
+        } else if (object.contains(QLatin1String("log"))) {
+            Q_EMIT q->logged(LogEntry::fromJson(object));
+        } else if (object.contains(QLatin1String("ok"))) {
+            const Client::Done done = pending.take(object.value(QLatin1String("id")).toInt());
+            if (done) {
+                done(Reply::fromJson(object));
+            }
+        } else if (object.contains(QLatin1String("error"))) {
+            // A last word before the server drops this client.
+            lastError = object.value(QLatin1String("error")).toObject().value(QLatin1String("message")).toString();
+        }
+    }
+
+    void lost(const QString &reason)
+    {
+        if (closed) {
+            return;
+        }
+        closed = true;
+        greetingTimer.stop();
+        const QString why = lastError.isEmpty() ? reason : lastError;
+        const QHash<int, Client::Done> unanswered = std::exchange(pending, {});
+        for (const Client::Done &done : unanswered) {
+            if (done) {
+                done(Reply::failure(ErrorClass::Failed, QStringLiteral("the connection was lost: %1").arg(why)));
+            }
+        }
+        greeting = QJsonObject();
+        Q_EMIT q->disconnected(why);
+    }
+
+    Client *q;
+    QLocalSocket *socket;
+    QString path;
+    QByteArray buffer;
+    QJsonObject greeting;
+    QHash<int, Client::Done> pending;
+    QTimer greetingTimer;
+    QString lastError;
+    int nextId = 1;
+    bool closed = true;
+};
+
+Client::Client(QObject *parent)
+    : QObject(parent)
+    , d(new ClientPrivate(this))
+{
+    qRegisterMetaType<Event>();
+    qRegisterMetaType<LogEntry>();
+}
+
+Client::~Client()
+{
+    d->closed = true;
+}
+
+void Client::connectToServer(const QString &socketPath)
+{
+    d->socket->abort();
+    d->buffer.clear();
+    d->lastError.clear();
+    d->path = socketPath;
+    d->closed = false;
+    d->greetingTimer.start(GreetingTimeoutMs);
+    d->socket->connectToServer(socketPath);
+}
+
+void Client::disconnectFromServer()
+{
+    d->socket->disconnectFromServer();
+    d->lost(QStringLiteral("disconnected"));
+}
+
+bool Client::isConnected() const
+{
+    return !d->closed && !d->greeting.isEmpty() && d->socket->state() == QLocalSocket::ConnectedState;
+}
+
+QString Client::socketPath() const
+{
+    return d->path;
+}
+
+QJsonObject Client::greeting() const
+{
+    return d->greeting;
+}
+
+void Client::request(QJsonObject request, const Done &done)
+{
+    if (d->closed) {
+        if (done) {
+            done(Reply::failure(ErrorClass::Failed, QStringLiteral("not connected")));
+        }
+        return;
+    }
+    const int id = d->nextId++;
+    request.insert(QStringLiteral("id"), id);
+    d->pending.insert(id, done);
+    d->socket->write(QJsonDocument(request).toJson(QJsonDocument::Compact) + '\n');
+}
+
+void Client::execute(const QString &line, const Done &done)
+{
+    request(QJsonObject{{QStringLiteral("line"), line}}, done);
+}
+
+void Client::describe(const Done &done)
+{
+    request(QJsonObject{{QStringLiteral("describe"), true}}, done);
+}
+
+void Client::setEventsEnabled(bool enabled, const Done &done)
+{
+    request(QJsonObject{{QStringLiteral("events"), enabled}}, done);
+}
+
+void Client::setLogEnabled(bool enabled, const Done &done)
+{
+    request(QJsonObject{{QStringLiteral("log"), enabled}}, done);
+}
+
+void Client::cancel(const Done &done)
+{
+    request(QJsonObject{{QStringLiteral("cancel"), true}}, done);
+}
+
+Client::Application Client::applicationOf(const QJsonObject &greeting, const QString &socketPath)
+{
+    Application application;
+    application.pid = qint64(greeting.value(QLatin1String("pid")).toDouble());
+    application.name = greeting.value(QLatin1String("application")).toString();
+    application.platform = greeting.value(QLatin1String("platform")).toString();
+    application.platformName = greeting.value(QLatin1String("platformName")).toString();
+    application.version = greeting.value(QLatin1String("version")).toString();
+    application.socketPath = socketPath;
+    return application;
+}
+
+void Client::findApplications(const std::function<void(const QList<Application> &)> &done, int timeoutMs)
+{
+    QString error;
+    const QString folder = SocketDirectory::path();
+    const QStringList sockets =
+        SocketDirectory::isTrusted(folder, &error) ? SocketDirectory::sockets(folder) : QStringList();
+    if (sockets.isEmpty()) {
+        done({});
+        return;
+    }
+    struct Search
+    {
+        QList<Application> found;
+        int open = 0;
+        std::function<void(const QList<Application> &)> done;
+    };
+    auto search = QSharedPointer<Search>::create();
+    search->open = sockets.size();
+    search->done = done;
+    for (const QString &path : sockets) {
+        auto *client = new Client;
+        const auto finish = [search, client](const Application *application) {
+            if (application) {
+                search->found.append(*application);
+            }
+            client->deleteLater();
+            if (--search->open == 0) {
+                std::sort(search->found.begin(), search->found.end(),
+                    [](const Application &a, const Application &b) { return a.pid < b.pid; });
+                search->done(search->found);
+            }
+        };
+        auto answered = QSharedPointer<bool>::create(false);
+        connect(client, &Client::connected, client, [client, path, finish, answered](const QJsonObject &greeting) {
+            *answered = true;
+            const Application application = applicationOf(greeting, path);
+            client->disconnect();
+            finish(&application);
+        });
+        connect(client, &Client::disconnected, client, [finish, answered, client] {
+            if (!*answered) {
+                *answered = true;
+                client->disconnect();
+                finish(nullptr);
+            }
+        });
+        QTimer::singleShot(timeoutMs, client, [finish, answered, client] {
+            if (!*answered) {
+                *answered = true;
+                client->disconnect();
+                finish(nullptr);
+            }
+        });
+        client->connectToServer(path);
+    }
+}
+
+} // namespace VantixControl
