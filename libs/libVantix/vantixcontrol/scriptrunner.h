@@ -40,6 +40,8 @@ public:
     /// Ends the run now (quit); what is queued does not run.
     void stop(int exitCode = 0, const QString &message = QString());
     bool isFinished() const { return m_finished; }
+    /// A line has been handed on and not answered yet.
+    bool isBusy() const { return m_busy; }
 
 Q_SIGNALS:
     /// @p line is about to run; @p script tells whether it came from a script.
