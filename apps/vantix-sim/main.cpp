@@ -5,6 +5,7 @@
 #include "platformnames.h"
 
 #include <vantix/system.h>
+#include <vantix/vantix_version.h>
 
 #include <qbcommon/appconfig.h>
 
@@ -78,7 +79,7 @@ int main(int argc, char *argv[])
 {
     QCoreApplication app(argc, argv);
     QCoreApplication::setApplicationName(QStringLiteral("vantix-sim"));
-    QCoreApplication::setApplicationVersion(QStringLiteral(VANTIX_VERSION));
+    QCoreApplication::setApplicationVersion(QStringLiteral(VANTIX_VERSION_STRING));
     qSetMessagePattern(QStringLiteral("%{type} %{function}: %{message}"));
 
     QCommandLineParser parser;
