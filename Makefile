@@ -19,7 +19,7 @@ SANITIZER_ENV = ASAN_OPTIONS=detect_leaks=1:abort_on_error=0:strict_string_check
 RELEASE_BUILD_DIR ?= build-release
 PREFIX ?= /usr/local
 
-.PHONY: all deps configure build run test test-asan fuzz bench format clean install package
+.PHONY: all deps configure build run test test-asan fuzz bench format clean install package test-install
 
 all: build
 
@@ -49,6 +49,10 @@ package: deps
 	@JOBS=$(JOBS) ./scripts/release-build.sh $(RELEASE_BUILD_DIR) /usr
 	cd $(RELEASE_BUILD_DIR) && cpack
 	@./scripts/check-packages.sh $(RELEASE_BUILD_DIR)
+
+# Installs into a temporary prefix and builds and runs programs against it alone.
+test-install: deps
+	@JOBS=$(JOBS) ./scripts/test-install.sh $(RELEASE_BUILD_DIR)
 
 # Benchmarks with their baselines and targets (bench/README.md); not part of `make test`.
 bench: build
