@@ -28,13 +28,21 @@ if(NOT gzip_result EQUAL 0)
     message(FATAL_ERROR "gzip failed on ${VANTIX_CHANGELOG}")
 endif()
 
+# Files for the packages only: a build for another prefix leaves them out.
+set(VANTIX_DEBIAN_FILES OFF)
+if(CMAKE_INSTALL_PREFIX STREQUAL "/usr")
+    set(VANTIX_DEBIAN_FILES ON)
+endif()
+
 set(VANTIX_PACKAGE_runtime libvantix0)
 set(VANTIX_PACKAGE_dev libvantix-dev)
 set(VANTIX_PACKAGE_tools vantix-tools)
-foreach(component runtime dev tools)
-    install(FILES ${VANTIX_COPYRIGHT} ${PROJECT_BINARY_DIR}/changelog.gz
-        DESTINATION ${CMAKE_INSTALL_DATAROOTDIR}/doc/${VANTIX_PACKAGE_${component}} COMPONENT ${component})
-endforeach()
+if(VANTIX_DEBIAN_FILES)
+    foreach(component runtime dev tools)
+        install(FILES ${VANTIX_COPYRIGHT} ${PROJECT_BINARY_DIR}/changelog.gz
+            DESTINATION ${CMAKE_INSTALL_DATAROOTDIR}/doc/${VANTIX_PACKAGE_${component}} COMPONENT ${component})
+    endforeach()
+endif()
 
 set(VANTIX_PACKAGE_MAINTAINER "Vantix maintainers <maintainers@users.noreply.c-seed-68119295.example>"
     CACHE STRING "Maintainer field of the Debian packages")
@@ -66,8 +74,10 @@ set(CPACK_DEBIAN_RUNTIME_PACKAGE_SECTION libs)
 # calls to postinst and postrm as well, which the override explains to lintian.
 configure_file(${PROJECT_SOURCE_DIR}/packaging/debian/libvantix0.triggers ${PROJECT_BINARY_DIR}/runtime/triggers COPYONLY)
 set(CPACK_DEBIAN_RUNTIME_PACKAGE_CONTROL_EXTRA ${PROJECT_BINARY_DIR}/runtime/triggers)
-install(FILES ${PROJECT_SOURCE_DIR}/packaging/debian/libvantix0.lintian-overrides
-    DESTINATION ${CMAKE_INSTALL_DATAROOTDIR}/lintian/overrides RENAME libvantix0 COMPONENT runtime)
+if(VANTIX_DEBIAN_FILES)
+    install(FILES ${PROJECT_SOURCE_DIR}/packaging/debian/libvantix0.lintian-overrides
+        DESTINATION ${CMAKE_INSTALL_DATAROOTDIR}/lintian/overrides RENAME libvantix0 COMPONENT runtime)
+endif()
 set(CPACK_DEBIAN_RUNTIME_DESCRIPTION "device API of the Tolvex, Quarnel and CAN CPU units (desktop stub)
 Vantix is the Qt 5 library through which the applications of the Tolvex
 tablet, the Quarnel link box and the CAN CPU module reach their hardware.
