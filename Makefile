@@ -14,7 +14,12 @@ SANITIZER_ENV = ASAN_OPTIONS=detect_leaks=1:abort_on_error=0:strict_string_check
 	LSAN_OPTIONS=suppressions=$(CURDIR)/scripts/lsan.supp:print_suppressions=0 \
 	UBSAN_OPTIONS=print_stacktrace=1:halt_on_error=1
 
-.PHONY: all deps configure build run test test-asan fuzz bench format clean
+# Installing and packaging build in a folder of their own (scripts/release-build.sh):
+# no tests, Debian's hardened flags.
+RELEASE_BUILD_DIR ?= build-release
+PREFIX ?= /usr/local
+
+.PHONY: all deps configure build run test test-asan fuzz bench format clean install package test-install
 
 all: build
 
@@ -32,6 +37,22 @@ run: build
 
 test: build
 	cd $(BUILD_DIR) && ctest --output-on-failure -j $(JOBS)
+
+# DESTDIR=/some/stage, from the command line or the environment, stages the install.
+install: deps
+	@JOBS=$(JOBS) ./scripts/release-build.sh $(RELEASE_BUILD_DIR) $(PREFIX)
+	cmake --install $(RELEASE_BUILD_DIR)
+
+# Debian packages (libvantix0, libvantix-dev, vantix-tools) in $(RELEASE_BUILD_DIR)/packages,
+# checked by scripts/check-packages.sh: contents, dependencies, lintian.
+package: deps
+	@JOBS=$(JOBS) ./scripts/release-build.sh $(RELEASE_BUILD_DIR) /usr
+	cd $(RELEASE_BUILD_DIR) && cpack
+	@./scripts/check-packages.sh $(RELEASE_BUILD_DIR)
+
+# Installs into a temporary prefix and builds and runs programs against it alone.
+test-install: deps
+	@JOBS=$(JOBS) ./scripts/test-install.sh $(RELEASE_BUILD_DIR)
 
 # Benchmarks with their baselines and targets (bench/README.md); not part of `make test`.
 bench: build
@@ -72,4 +93,4 @@ format:
 	@git ls-files '*.cpp' '*.h' | xargs clang-format -i
 
 clean:
-	rm -rf $(BUILD_DIR) $(ASAN_BUILD_DIR) $(FUZZ_BUILD_DIR) fuzz-out
+	rm -rf $(BUILD_DIR) $(ASAN_BUILD_DIR) $(FUZZ_BUILD_DIR) $(RELEASE_BUILD_DIR) fuzz-out

@@ -20,6 +20,15 @@ libclang-rt-14-dev
 libbenchmark-dev
 iproute2
 util-linux
+dpkg-dev
+fakeroot
+file
+binutils
+gzip
+help2man
+groff-base
+man-db
+lintian
 "
 
 missing=""

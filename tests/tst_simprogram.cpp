@@ -4,6 +4,8 @@
 
 #include "testfiles.h"
 
+#include <vantix/vantix_version.h>
+
 #include <QJsonDocument>
 #include <QJsonObject>
 #include <QProcess>
@@ -162,7 +164,7 @@ private Q_SLOTS:
     {
         const Run version = sim({"--version"});
         QCOMPARE(version.exitCode, 0);
-        QVERIFY(version.out.startsWith("vantix-sim "));
+        QCOMPARE(version.out.trimmed(), QString("vantix-sim " VANTIX_VERSION_STRING));
 
         const Run help = sim({"--help"});
         for (const char *option : {"--platform", "--root", "--exit-after-ready", "--script", "--quiet", "--dump-json",

@@ -3,6 +3,8 @@
 
 #include "ctl.h"
 
+#include <vantix/vantix_version.h>
+
 #include <QCommandLineParser>
 #include <QCoreApplication>
 
@@ -12,7 +14,7 @@ int main(int argc, char *argv[])
 {
     QCoreApplication app(argc, argv);
     QCoreApplication::setApplicationName(QStringLiteral("vantix-ctl"));
-    QCoreApplication::setApplicationVersion(QStringLiteral(VANTIX_VERSION));
+    QCoreApplication::setApplicationVersion(QStringLiteral(VANTIX_VERSION_STRING));
 
     QCommandLineParser parser;
     parser.setApplicationDescription(

@@ -6,6 +6,7 @@
 #include "linereader.h"
 
 #include <vantix/system.h>
+#include <vantix/vantix_version.h>
 
 #include <vantixcontrol/event.h>
 #include <vantixcontrol/platformnames.h>
@@ -46,7 +47,7 @@ int main(int argc, char *argv[])
 {
     QCoreApplication app(argc, argv);
     QCoreApplication::setApplicationName(QStringLiteral("vantix-sim"));
-    QCoreApplication::setApplicationVersion(QStringLiteral(VANTIX_VERSION));
+    QCoreApplication::setApplicationVersion(QStringLiteral(VANTIX_VERSION_STRING));
     qSetMessagePattern(QStringLiteral("%{type} %{function}: %{message}"));
 
     QCommandLineParser parser;

@@ -29,6 +29,7 @@
 #include <vantix/iwifip2ppeer.h>
 #include <vantix/listmodel.h>
 #include <vantix/system.h>
+#include <vantix/vantix_version.h>
 #include <vantix/wifip2pservice.h>
 
 #include "vantixdebug.h"

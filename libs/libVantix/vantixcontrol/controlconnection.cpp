@@ -8,6 +8,7 @@
 #include "session.h"
 
 #include <vantix/system.h>
+#include <vantix/vantix_version.h>
 
 #include <QCoreApplication>
 #include <QJsonArray>
@@ -29,7 +30,7 @@ QByteArray greeting(System *system)
 {
     const QJsonObject hello{
         {QStringLiteral("protocol"), Protocol::Version},
-        {QStringLiteral("version"), QStringLiteral(VANTIX_LIBRARY_VERSION)},
+        {QStringLiteral("version"), QStringLiteral(VANTIX_VERSION_STRING)},
         {QStringLiteral("pid"), QCoreApplication::applicationPid()},
         {QStringLiteral("application"), QCoreApplication::applicationName()},
         {QStringLiteral("platform"), QString::fromLatin1(System::PlatformTypeEnum.valueToKey(system->platform()))},
