@@ -210,7 +210,8 @@ void Client::findApplications(const std::function<void(const QList<Application> 
     const QStringList sockets =
         SocketDirectory::isTrusted(folder, &error) ? SocketDirectory::sockets(folder) : QStringList();
     if (sockets.isEmpty()) {
-        done({});
+        // Answer later all the same: a caller may start its event loop only after asking.
+        QTimer::singleShot(0, [done] { done({}); });
         return;
     }
     struct Search

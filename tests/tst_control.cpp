@@ -1,0 +1,557 @@
+// The control channel as users meet it: a real application (examples/app)
+// driven over its socket by a raw client and by vantix-ctl. The greeting,
+// answers with ids, events, bad lines, two clients, a client gone in the
+// middle of a ramp, a client that stops reading, the scenarios, the
+// environment switches, folder checks and other users.
+
+#include "testfiles.h"
+
+#include <QJsonArray>
+#include <QJsonDocument>
+#include <QJsonObject>
+#include <QLocalServer>
+#include <QLocalSocket>
+#include <QProcess>
+#include <QTemporaryDir>
+#include <QtTest>
+
+#include <memory>
+#include <sys/socket.h>
+#include <sys/stat.h>
+#include <sys/un.h>
+#include <unistd.h>
+
+namespace {
+struct Run
+{
+    int exitCode = -1;
+    QString out;
+    QString err;
+};
+
+QString scenario(const char *name)
+{
+    return QFileInfo(__FILE__).dir().filePath(QString("../examples/scenarios/%1.vsim").arg(name));
+}
+
+// A client that speaks the protocol by hand, line by line.
+class RawClient
+{
+public:
+    bool connectTo(const QString &path)
+    {
+        m_socket.connectToServer(path);
+        return m_socket.waitForConnected(3000);
+    }
+    void send(const QByteArray &line)
+    {
+        m_socket.write(line + '\n');
+        m_socket.flush();
+    }
+    void request(const QJsonObject &request) { send(QJsonDocument(request).toJson(QJsonDocument::Compact)); }
+    /// The next line, or an empty object after @p ms.
+    QJsonObject next(int ms = 5000)
+    {
+        // The event loop runs meanwhile: the applications' output pipes must keep draining, or a
+        // chatty application blocks on its stdout and stops answering.
+        const bool settled = QTest::qWaitFor(
+            [this] { return m_socket.canReadLine() || m_socket.state() != QLocalSocket::ConnectedState; }, ms);
+        if (!settled || !m_socket.canReadLine()) {
+            return QJsonObject();
+        }
+        return QJsonDocument::fromJson(m_socket.readLine()).object();
+    }
+    /// The answer to request @p id, skipping event lines (collected).
+    QJsonObject answer(const QJsonValue &id, int ms = 5000)
+    {
+        for (QJsonObject line = next(ms); !line.isEmpty(); line = next(ms)) {
+            if (line.contains("event")) {
+                events.append(line);
+            } else if (line.value("id") == id) {
+                return line;
+            }
+        }
+        return QJsonObject();
+    }
+    QJsonObject ask(int id, const QString &line)
+    {
+        request({{"id", id}, {"line", line}});
+        return answer(id);
+    }
+    void close() { m_socket.abort(); }
+    QLocalSocket &socket() { return m_socket; }
+
+    QList<QJsonObject> events;
+
+private:
+    QLocalSocket m_socket;
+};
+} // namespace
+
+class TestControl : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void init()
+    {
+        m_runtime.reset(new QTemporaryDir);
+        m_root.reset(new QTemporaryDir);
+        QVERIFY(m_runtime->isValid() && m_root->isValid());
+        QFile::setPermissions(m_runtime->path(), QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
+        m_output.clear();
+        m_errors.clear();
+    }
+
+    void cleanup()
+    {
+        for (QProcess *app : qAsConst(m_apps)) {
+            app->kill();
+            app->waitForFinished();
+        }
+        qDeleteAll(m_apps);
+        m_apps.clear();
+    }
+
+    void greetingAnswersAndEvents()
+    {
+        const QString socket = startApp();
+        QVERIFY(!socket.isEmpty());
+        RawClient client;
+        QVERIFY(client.connectTo(socket));
+        const QJsonObject hello = client.next().value("vantix").toObject();
+        QCOMPARE(hello.value("protocol").toInt(), 1);
+        QCOMPARE(qint64(hello.value("pid").toDouble()), m_apps.last()->processId());
+        QCOMPARE(hello.value("application").toString(), QString("example-app"));
+        QCOMPARE(hello.value("platform").toString(), QString("PT_TOLVEX"));
+        QVERIFY(!hello.value("version").toString().isEmpty());
+        QCOMPARE(hello.value("capabilities").toArray(), QJsonArray({"line", "describe", "events", "log"}));
+        // Nothing else comes before the client speaks, though the application is busy starting.
+        QVERIFY(client.next(300).isEmpty());
+
+        // Ids come back as they were sent; values are typed; errors have a class.
+        client.request({{"id", "a"}, {"line", "get battery1 fuelGauge"}});
+        client.request({{"id", 2}, {"line", "get battery2 fuelGauge"}});
+        const QJsonObject fuel = client.answer("a");
+        QCOMPARE(fuel.value("ok").toBool(), true);
+        QCOMPARE(fuel.value("type").toString(), QString("int"));
+        QCOMPARE(fuel.value("value").toInt(), 100);
+        QCOMPARE(fuel.value("text").toString(), QString("OK 100"));
+        const QJsonObject missing = client.answer(2);
+        QCOMPARE(missing.value("ok").toBool(), false);
+        QCOMPARE(missing.value("error").toObject().value("class").toString(), QString("UnknownTarget"));
+        QCOMPARE(missing.value("text").toString(), QString("KO: ID_BATTERY_2ND is not present"));
+
+        // Events once asked for: arguments by name, flags by name, stamped.
+        QCOMPARE(client.ask(3, "setbatteryfuel,1,40").value("ok").toBool(), true);
+        QVERIFY(client.events.isEmpty());
+        client.request({{"id", 4}, {"events", true}});
+        QCOMPARE(client.answer(4).value("ok").toBool(), true);
+        QCOMPARE(client.ask(5, "setbatteryfuel,1,30").value("ok").toBool(), true);
+        QCOMPARE(client.events.size(), 1);
+        const QJsonObject event = client.events.first();
+        QCOMPARE(event.value("event").toString(), QString("fuelGaugeChanged"));
+        QCOMPARE(event.value("object").toString(), QString("ID_BATTERY_1ST"));
+        QCOMPARE(event.value("args").toObject().value("newValue").toInt(), 30);
+        QVERIFY(event.value("ms").toDouble() > 0);
+        client.events.clear();
+        QCOMPARE(client.ask(6, "key F9").value("text").toString(), QString("OK consumed"));
+        QCOMPARE(client.events.first().value("args").toObject().value("newStatus").toString(),
+            QString("F_ENABLE|F_POWER_CONNECTED"));
+        // The application saw what the client did, in its own code.
+        QTRY_VERIFY(m_output.contains("example-app: battery at 30 %"));
+
+        const QJsonObject schema = [&] {
+            client.request({{"id", 7}, {"describe", true}});
+            return client.answer(7).value("value").toObject();
+        }();
+        QCOMPARE(schema.value("platform").toString(), QString("PT_TOLVEX"));
+        QVERIFY(schema.value("targets").toArray().size() >= 10);
+    }
+
+    void badRequests_data()
+    {
+        QTest::addColumn<QByteArray>("line");
+        QTest::addColumn<QString>("message");
+        QTest::newRow("too long") << QByteArray(70000, 'x') << "a request line may hold at most 65536 bytes";
+        QTest::newRow("not UTF-8") << QByteArray("{\"id\":1,\"line\":\"get \xff\xfe\"}")
+                                   << "a request line must be UTF-8";
+        QTest::newRow("not JSON") << QByteArray("{\"id\":1,") << "not JSON: ";
+        QTest::newRow("not an object") << QByteArray("[1,2]") << "a request is a JSON object";
+        QTest::newRow("no id") << QByteArray("{\"line\":\"setbatteryfuel,1,0\"}") << "a request needs an id";
+        QTest::newRow("no kind") << QByteArray("{\"id\":1}") << "a request carries exactly one of line, describe";
+        QTest::newRow("two kinds") << QByteArray("{\"id\":1,\"line\":\"setbatteryfuel,1,0\",\"describe\":true}")
+                                   << "a request carries exactly one of";
+        QTest::newRow("line not text") << QByteArray("{\"id\":1,\"line\":7}") << "line is the text of one";
+        QTest::newRow("events not a bool")
+            << QByteArray("{\"id\":1,\"events\":\"yes\"}") << "events takes true or false";
+    }
+
+    void badRequests()
+    {
+        QFETCH(QByteArray, line);
+        QFETCH(QString, message);
+        const QString socket = startApp();
+        RawClient client;
+        QVERIFY(client.connectTo(socket));
+        client.next();
+        client.send(line);
+        const QJsonObject answer = client.next();
+        QCOMPARE(answer.value("ok").toBool(), false);
+        QCOMPARE(answer.value("error").toObject().value("class").toString(), QString("BadRequest"));
+        QVERIFY2(answer.value("error").toObject().value("message").toString().startsWith(message),
+            qPrintable(answer.value("error").toObject().value("message").toString()));
+        // The connection stays usable and nothing in the application changed.
+        QCOMPARE(client.ask(9, "get battery1 fuelGauge").value("text").toString(), QString("OK 100"));
+    }
+
+    void clientsAreIndependent()
+    {
+        const QString socket = startApp();
+        RawClient slow;
+        RawClient quick;
+        QVERIFY(slow.connectTo(socket) && quick.connectTo(socket));
+        slow.next();
+        quick.next();
+        // A wait of one client holds up nothing: the other is answered at once.
+        slow.request({{"id", 1}, {"line", "wait 3000"}});
+        QElapsedTimer clock;
+        clock.start();
+        QCOMPARE(quick.ask(1, "get battery1 fuelGauge").value("text").toString(), QString("OK 100"));
+        QVERIFY(clock.elapsed() < 1000);
+        // A ramp stops where it is when its client goes.
+        slow.close();
+        RawClient ramper;
+        QVERIFY(ramper.connectTo(socket));
+        ramper.next();
+        ramper.request({{"id", 1}, {"line", "ramp battery1 setbatteryfuel,1 100 0 4000"}});
+        QTRY_VERIFY(quick.ask(2, "get battery1 fuelGauge").value("value").toInt() < 95);
+        ramper.close();
+        QTRY_COMPARE(m_apps.last()->state(), QProcess::Running);
+        const int stopped = quick.ask(3, "get battery1 fuelGauge").value("value").toInt();
+        QTest::qWait(400);
+        QCOMPARE(quick.ask(4, "get battery1 fuelGauge").value("value").toInt(), stopped);
+        QVERIFY(stopped > 0);
+        // Cancelling answers what was running.
+        quick.request({{"id", 5}, {"line", "wait 5000"}});
+        quick.request({{"id", 6}, {"cancel", true}});
+        QCOMPARE(quick.next().value("text").toString(), QString("KO: cancelled"));
+        QCOMPARE(quick.next().value("id").toInt(), 6);
+    }
+
+    void aClientThatDoesNotReadIsDropped()
+    {
+        const QString socket = startApp();
+        RawClient deaf;
+        RawClient driver;
+        QVERIFY(deaf.connectTo(socket) && driver.connectTo(socket));
+        deaf.next();
+        driver.next();
+        deaf.request({{"id", 1}, {"events", true}});
+        // Every fuel change is one event line for the deaf client: far beyond what it may owe.
+        QByteArray lines;
+        for (int i = 0; i < 50000; ++i) {
+            lines += "{\"id\":" + QByteArray::number(i) + ",\"line\":\"setbatteryfuel,1," +
+                QByteArray::number(i % 100) + "\"}\n";
+        }
+        driver.socket().write(lines);
+        QVERIFY(driver.answer(49999, 60000).value("ok").toBool());
+        // The application goes on answering, and the deaf client finds a last word and a closed line.
+        QCOMPARE(driver.ask(50000, "get battery1 fuelGauge").value("text").toString(), QString("OK 99"));
+        QByteArray received;
+        QTRY_VERIFY_WITH_TIMEOUT(
+            (received += deaf.socket().readAll(), deaf.socket().state() == QLocalSocket::UnconnectedState), 10000);
+        received += deaf.socket().readAll();
+        const QList<QByteArray> all = received.trimmed().split('\n');
+        QVERIFY(all.size() < 50000);
+        QVERIFY2(all.last().contains("it is dropped"), all.last().constData());
+        QVERIFY(m_errors.contains("more than 4194304 bytes waited for this client"));
+    }
+
+    void scenariosRunAgainstTheApplication_data()
+    {
+        QTest::addColumn<QString>("file");
+        QTest::addColumn<QString>("platform");
+        QTest::newRow("low battery") << scenario("low-battery-shutdown") << "tolvex";
+        QTest::newRow("network") << scenario("network-loss-recovery") << "tolvex-plus";
+        QTest::newRow("usb stick") << scenario("usb-stick-hotplug") << "tolvex-plus";
+    }
+
+    void scenariosRunAgainstTheApplication()
+    {
+        QFETCH(QString, file);
+        QFETCH(QString, platform);
+        const QString socket = startApp({"--platform", platform});
+        const Run run = ctl({"--socket", socket, "--script", file});
+        QVERIFY2(run.exitCode == 0, qPrintable(run.out + run.err));
+        QVERIFY(run.out.contains("\n> expect "));
+        QVERIFY(!run.out.contains("KO:"));
+        if (file.contains("low-battery")) {
+            QVERIFY(m_output.contains("example-app: battery empty, powering off"));
+        }
+    }
+
+    void ctlCommandsAndExitCodes()
+    {
+        // No application at all.
+        Run none = ctl({"get", "battery1", "fuelGauge"});
+        QCOMPARE(none.exitCode, 2);
+        QVERIFY(none.err.contains("no application that uses Vantix is running"));
+        QCOMPARE(ctl({"list"}).out, QString());
+
+        const QString first = startApp();
+        // The only one needs no selector; a KO exits with 1, a script failure names file and line.
+        QCOMPARE(ctl({"get", "battery1", "fuelGauge"}).out, QString("OK 100\n"));
+        const Run ko = ctl({"set", "wifi", "wifiCountry", "DE"});
+        QCOMPARE(ko.exitCode, 1);
+        QVERIFY(ko.out.startsWith("KO: ID_NETWORK_WIFI.wifiCountry: its setter has no effect"));
+        QCOMPARE(ctl({"setbatteryfuel,1,10"}).exitCode, 0);
+        QTRY_VERIFY(m_output.contains("example-app: battery critical"));
+        const QString script = QDir(m_root->path()).filePath("failing.vsim");
+        QVERIFY(writeFile(script, "get battery1 id\nexpect battery1 fuelGauge 99\nget battery1 id\n"));
+        const Run failing = ctl({"--quiet", "--script", script});
+        QCOMPARE(failing.exitCode, 1);
+        QCOMPARE(failing.err,
+            QString("vantix-ctl: %1:2: expect battery1 fuelGauge 99: ID_BATTERY_1ST.fuelGauge is 10, expected 99\n")
+                .arg(script));
+        // A value a shell would split is sent as one word.
+        QCOMPARE(ctl({"set", "timesettings", "timeZone", "Europe/Two Words"}).exitCode, 0);
+        QCOMPARE(ctl({"--json", "get", "timesettings", "timeZone"}).out,
+            QString("{\"id\":1,\"ok\":true,\"text\":\"OK \\\"Europe/Two Words\\\"\",\"type\":\"QString\","
+                    "\"value\":\"Europe/Two Words\"}\n"));
+
+        // With two running, a selector is needed; list shows both.
+        const QString second = startApp({"--platform", "quarnel"});
+        const Run ambiguous = ctl({"get", "battery1", "fuelGauge"});
+        QCOMPARE(ambiguous.exitCode, 2);
+        QVERIFY(ambiguous.err.contains("2 applications match; choose one with --pid or --app"));
+        const QStringList listed = ctl({"list"}).out.split('\n', Qt::SkipEmptyParts);
+        QCOMPARE(listed.size(), 3);
+        QVERIFY(listed.at(1).contains(QString::number(m_apps.at(0)->processId())));
+        QVERIFY(listed.at(1).contains("PT_TOLVEX") && listed.at(1).endsWith(first));
+        QVERIFY(listed.at(2).contains("PT_QUARNEL") && listed.at(2).endsWith(second));
+        const Run byPid = ctl({"--pid", QString::number(m_apps.at(1)->processId()), "get", "system", "platform"});
+        QCOMPARE(byPid.out, QString("OK PT_QUARNEL\n"));
+        QCOMPARE(ctl({"--pid", "1", "get", "system", "platform"}).exitCode, 2);
+
+        // A socket left by a process that is gone is cleared away by list.
+        QProcess gone;
+        gone.start("sh", {"-c", "echo $$"});
+        QVERIFY(gone.waitForFinished());
+        const qint64 ghost = gone.readAllStandardOutput().trimmed().toLongLong();
+        QVERIFY(ghost > 0);
+        const QString stale = QDir(socketFolder()).filePath(QString("ghost-%1").arg(ghost));
+        QVERIFY(bindSocket(stale));
+        QVERIFY(QFileInfo::exists(stale));
+        QCOMPARE(ctl({"list"}).out.split('\n', Qt::SkipEmptyParts).size(), 3);
+        QVERIFY(!QFileInfo::exists(stale));
+    }
+
+    void recordingReplays()
+    {
+        const QString socket = startApp();
+        const QString story = QDir(m_root->path()).filePath("story.vsim");
+        const QByteArray typed = "record story.vsim\nsetbatteryfuel,1,50\nwait 100\nkey F9\nrecord stop\nquit\n";
+        const Run recording = ctl({"--socket", socket}, typed, m_root->path());
+        QCOMPARE(recording.exitCode, 0);
+        QVERIFY2(recording.out.contains("OK recorded to " + story), qPrintable(recording.out));
+        // A fresh application replays it to the same state.
+        const QString fresh = startApp();
+        const Run replay = ctl({"--socket", fresh, "--script", story});
+        QVERIFY2(replay.exitCode == 0, qPrintable(replay.out + replay.err));
+        QCOMPARE(ctl({"--socket", fresh, "get", "battery1", "fuelGauge"}).out, QString("OK 50\n"));
+        QCOMPARE(ctl({"--socket", fresh, "get", "power", "status"}).out, QString("OK F_ENABLE|F_POWER_CONNECTED\n"));
+    }
+
+    void environmentAndFolder_data()
+    {
+        QTest::addColumn<QString>("control");
+        QTest::addColumn<QString>("folderMode"); // "", "0755", "link"
+        QTest::addColumn<QString>("warning");
+        QTest::addColumn<bool>("serving");
+        QTest::newRow("default") << ""
+                                 << ""
+                                 << "" << true;
+        QTest::newRow("off") << "off"
+                             << ""
+                             << "" << false;
+        QTest::newRow("explicit path") << "PATH"
+                                       << ""
+                                       << "" << true;
+        QTest::newRow("relative path") << "relative/sock"
+                                       << ""
+                                       << "Control server off: VANTIX_CONTROL must be \"off\" or an absolute path"
+                                       << false;
+        QTest::newRow("folder open to others") << ""
+                                               << "0755"
+                                               << "has mode 0755, not 0700" << false;
+        QTest::newRow("folder is a link") << ""
+                                          << "link"
+                                          << "is a symbolic link" << false;
+    }
+
+    void environmentAndFolder()
+    {
+        QFETCH(QString, control);
+        QFETCH(QString, folderMode);
+        QFETCH(QString, warning);
+        QFETCH(bool, serving);
+        const QString folder = socketFolder();
+        if (folderMode == "0755") {
+            QVERIFY(QDir().mkpath(folder));
+            QVERIFY(::chmod(QFile::encodeName(folder).constData(), 0755) == 0);
+        } else if (folderMode == "link") {
+            QVERIFY(QDir().mkpath(m_root->path() + "/elsewhere"));
+            ::chmod(QFile::encodeName(m_root->path() + "/elsewhere").constData(), 0700);
+            QVERIFY(QFile::link(m_root->path() + "/elsewhere", folder));
+        }
+        const QString explicitPath = QDir(m_root->path()).filePath("app.sock");
+        if (control == "PATH") {
+            control = explicitPath;
+        }
+        startApp({}, {{"VANTIX_CONTROL", control}}, false);
+        QTRY_VERIFY(m_output.contains("example-app: ready"));
+        // The application runs either way; only its reachability differs.
+        const QString expected = control == explicitPath ? explicitPath : defaultSocket(m_apps.last()->processId());
+        if (serving) {
+            QTRY_VERIFY(QFileInfo::exists(expected));
+            QCOMPARE(ctl({"--socket", expected, "get", "battery1", "fuelGauge"}).out, QString("OK 100\n"));
+        } else {
+            QVERIFY(!QFileInfo::exists(expected));
+            QCOMPARE(ctl({"list"}).out, QString());
+        }
+        if (!warning.isEmpty()) {
+            QVERIFY2(m_errors.contains(warning), qPrintable(m_errors));
+        }
+    }
+
+    void otherUsersAreRefused()
+    {
+        if (::geteuid() != 0 || QStandardPaths::findExecutable("setpriv").isEmpty()) {
+            QSKIP("needs root and setpriv to run the application as another user");
+        }
+        // The application runs as nobody; root passes the file modes, so only the peer check can stop it.
+        QTemporaryDir shared("/tmp/vantix-control-XXXXXX");
+        ::chmod(QFile::encodeName(shared.path()).constData(), 0777);
+        ::chmod(QFile::encodeName(m_root->path()).constData(), 0777);
+        const QString path = shared.path() + "/app.sock";
+        QProcess *app = launch("setpriv", {"--reuid=nobody", "--regid=nogroup", "--clear-groups", EXAMPLE_APP},
+            {{"VANTIX_CONTROL", path}});
+        QVERIFY(app);
+        QTRY_VERIFY_WITH_TIMEOUT(QFileInfo::exists(path), 10000);
+        RawClient root;
+        QVERIFY(root.connectTo(path));
+        QVERIFY(root.next(2000).isEmpty());
+        QTRY_COMPARE(root.socket().state(), QLocalSocket::UnconnectedState);
+        QTRY_VERIFY2(m_errors.contains("refused a connection of uid 0"), qPrintable(m_errors));
+    }
+
+    void keysNeedNoGui()
+    {
+        startApp();
+        QCOMPARE(ctl({"key", "keypad+1"}).out, QString("OK consumed\n"));
+        QCOMPARE(ctl({"get", "battery1", "fuelGauge"}).out, QString("OK 15\n"));
+        // The application loads no part of the GUI stack for it.
+        const QByteArray maps = readFile(QString("/proc/%1/maps").arg(m_apps.last()->processId()));
+        QVERIFY(maps.contains("libVantix"));
+        QVERIFY(!maps.contains("libQt5Gui"));
+    }
+
+private:
+    QString socketFolder() const { return QDir(m_runtime->path()).filePath("vantix"); }
+    QString defaultSocket(qint64 pid) const
+    {
+        return QDir(socketFolder()).filePath(QString("example-app-%1").arg(pid));
+    }
+
+    QProcessEnvironment appEnvironment() const
+    {
+        QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+        environment.insert("XDG_RUNTIME_DIR", m_runtime->path());
+        environment.insert("QBCOMMON_ROOT", m_root->path());
+        environment.insert("QT_QPA_PLATFORM", "offscreen");
+        environment.insert("NO_COLOR", "1");
+        environment.remove("VANTIX_CONTROL");
+        return environment;
+    }
+
+    /// Starts examples/app and, with @p wait, returns its socket once it serves.
+    QString startApp(
+        const QStringList &arguments = {}, const QList<QPair<QString, QString>> &extra = {}, bool wait = true)
+    {
+        QProcess *app = launch(EXAMPLE_APP, arguments, extra);
+        if (!app) {
+            return QString();
+        }
+        const QString socket = defaultSocket(app->processId());
+        if (wait && !QTest::qWaitFor([&socket] { return QFileInfo::exists(socket); }, 10000)) {
+            return QString();
+        }
+        return socket;
+    }
+
+    /// Starts @p program with the applications' environment, collecting its output.
+    QProcess *launch(const QString &program, const QStringList &arguments, const QList<QPair<QString, QString>> &extra)
+    {
+        auto *app = new QProcess;
+        m_apps.append(app);
+        QProcessEnvironment environment = appEnvironment();
+        for (const auto &variable : extra) {
+            environment.insert(variable.first, variable.second);
+        }
+        app->setProcessEnvironment(environment);
+        connect(app, &QProcess::readyReadStandardOutput, this,
+            [this, app] { m_output += QString::fromUtf8(app->readAllStandardOutput()); });
+        connect(app, &QProcess::readyReadStandardError, this,
+            [this, app] { m_errors += QString::fromUtf8(app->readAllStandardError()); });
+        app->start(program, arguments);
+        return app->waitForStarted() ? app : nullptr;
+    }
+
+    Run ctl(const QStringList &arguments, const QByteArray &input = QByteArray(), const QString &folder = QString())
+    {
+        QProcess process;
+        process.setProcessEnvironment(appEnvironment());
+        if (!folder.isEmpty()) {
+            process.setWorkingDirectory(folder);
+        }
+        process.start(VANTIX_CTL, arguments);
+        Run run;
+        if (!process.waitForStarted()) {
+            return run;
+        }
+        process.write(input);
+        process.closeWriteChannel();
+        // The applications must keep answering while this waits.
+        if (!QTest::qWaitFor([&process] { return process.state() == QProcess::NotRunning; }, 60000)) {
+            process.kill();
+            process.waitForFinished();
+            return run;
+        }
+        run.exitCode = process.exitStatus() == QProcess::NormalExit ? process.exitCode() : -2;
+        run.out = QString::fromUtf8(process.readAllStandardOutput());
+        run.err = QString::fromUtf8(process.readAllStandardError());
+        return run;
+    }
+
+    // A socket file that nobody serves, as a crashed process leaves it.
+    static bool bindSocket(const QString &path)
+    {
+        const int fd = ::socket(AF_UNIX, SOCK_STREAM, 0);
+        sockaddr_un address = {};
+        address.sun_family = AF_UNIX;
+        qstrncpy(address.sun_path, QFile::encodeName(path).constData(), sizeof address.sun_path);
+        const bool bound = ::bind(fd, reinterpret_cast<sockaddr *>(&address), sizeof address) == 0;
+        ::close(fd);
+        return bound;
+    }
+
+    std::unique_ptr<QTemporaryDir> m_runtime;
+    std::unique_ptr<QTemporaryDir> m_root;
+    QList<QProcess *> m_apps;
+    QString m_output;
+    QString m_errors;
+};
+
+QTEST_GUILESS_MAIN(TestControl)
+#include "tst_control.moc"
