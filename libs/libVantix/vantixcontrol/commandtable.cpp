@@ -2,13 +2,13 @@
 
 namespace VantixControl {
 
-QStringList CommandSpec::usageLines() const
+QStringList CommandEntry::usageLines() const
 {
     if (!usages.isEmpty()) {
         return usages;
     }
     QString usage = name;
-    for (const ArgumentSpec &argument : arguments) {
+    for (const ArgumentInfo &argument : arguments) {
         const QString shown = argument.choices.isEmpty() ? argument.name : argument.choices.join(QLatin1Char('|'));
         if (argument.repeated) {
             usage += QStringLiteral(" [%1...]").arg(shown);
@@ -45,20 +45,20 @@ CommandTable::CommandTable()
     addRecord(*this);
 }
 
-void CommandTable::add(const CommandSpec &spec)
+void CommandTable::add(const CommandEntry &entry)
 {
-    for (CommandSpec &command : m_commands) {
-        if (command.name == spec.name) {
-            command = spec;
+    for (CommandEntry &command : m_commands) {
+        if (command.name == entry.name) {
+            command = entry;
             return;
         }
     }
-    m_commands.append(spec);
+    m_commands.append(entry);
 }
 
-const CommandSpec *CommandTable::find(const QString &name) const
+const CommandEntry *CommandTable::find(const QString &name) const
 {
-    for (const CommandSpec &command : m_commands) {
+    for (const CommandEntry &command : m_commands) {
         if (command.name == name) {
             return &command;
         }

@@ -22,9 +22,9 @@ class SessionPrivate;
  * "value", "number", "ms", "key", "file", "command", "text", "DeviceType",
  * or "choice" with its choices.
  */
-struct ArgumentSpec
+struct ArgumentInfo
 {
-    ArgumentSpec(const QString &name, const QString &type, bool optional = false, bool repeated = false,
+    ArgumentInfo(const QString &name, const QString &type, bool optional = false, bool repeated = false,
         const QStringList &choices = QStringList())
         : name(name)
         , type(type)
@@ -56,10 +56,10 @@ using Done = std::function<void(const Reply &)>;
  * Commands that take time (wait, ramp, expect) have start instead of run and
  * report through the callback, once.
  */
-struct CommandSpec
+struct CommandEntry
 {
     QString name;
-    QVector<ArgumentSpec> arguments;
+    QVector<ArgumentInfo> arguments;
     QString help;
     /// Usage lines; made from the arguments when empty.
     QStringList usages;
@@ -77,14 +77,14 @@ class VANTIX_PRIVATE_EXPORT CommandTable
 public:
     static CommandTable &instance();
 
-    /// Adds @p spec, or replaces the command of the same name.
-    void add(const CommandSpec &spec);
-    const CommandSpec *find(const QString &name) const;
-    const QList<CommandSpec> &commands() const { return m_commands; }
+    /// Adds @p entry, or replaces the command of the same name.
+    void add(const CommandEntry &entry);
+    const CommandEntry *find(const QString &name) const;
+    const QList<CommandEntry> &commands() const { return m_commands; }
 
 private:
     CommandTable();
-    QList<CommandSpec> m_commands;
+    QList<CommandEntry> m_commands;
 };
 
 // The built-in commands, one file each (commands/<name>.cpp).

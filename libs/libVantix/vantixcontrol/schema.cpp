@@ -125,9 +125,9 @@ QJsonObject Schema::describeObject(
 QJsonArray Schema::commands()
 {
     QJsonArray result;
-    for (const CommandSpec &command : CommandTable::instance().commands()) {
+    for (const CommandEntry &command : CommandTable::instance().commands()) {
         QJsonArray arguments;
-        for (const ArgumentSpec &a : command.arguments) {
+        for (const ArgumentInfo &a : command.arguments) {
             QJsonObject argument{{QStringLiteral("name"), a.name}, {QStringLiteral("type"), a.type},
                 {QStringLiteral("optional"), a.optional || a.repeated}, {QStringLiteral("repeated"), a.repeated}};
             if (!a.choices.isEmpty()) {

@@ -176,7 +176,7 @@ void SessionPrivate::run(const Pending &pending)
         return;
     }
     const QString word = args.takeFirst().toLower();
-    const CommandSpec *command = CommandTable::instance().find(word);
+    const CommandEntry *command = CommandTable::instance().find(word);
     if (!command) {
         finish(Reply::failure(
             ErrorClass::UnknownCommand, QStringLiteral("unknown command \"%1\"; help lists the commands").arg(word)));
@@ -281,14 +281,14 @@ qint64 Session::elapsedMs() const
 
 void Session::addHostCommand(const HostCommand &command)
 {
-    CommandSpec spec;
-    spec.name = command.name;
-    spec.help = command.help;
-    spec.usages = QStringList{command.usage.isEmpty() ? command.name : command.usage};
-    spec.host = true;
+    CommandEntry entry;
+    entry.name = command.name;
+    entry.help = command.help;
+    entry.usages = QStringList{command.usage.isEmpty() ? command.name : command.usage};
+    entry.host = true;
     const auto run = command.run;
-    spec.run = [run](Invocation &invocation) { return run(*invocation.session.q, invocation.args); };
-    CommandTable::instance().add(spec);
+    entry.run = [run](Invocation &invocation) { return run(*invocation.session.q, invocation.args); };
+    CommandTable::instance().add(entry);
 }
 
 } // namespace VantixControl

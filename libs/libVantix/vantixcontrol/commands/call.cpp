@@ -121,15 +121,15 @@ Reply call(Invocation &invocation)
 
 void addCall(CommandTable &table)
 {
-    CommandSpec spec;
-    spec.name = QStringLiteral("call");
-    spec.arguments = {{QStringLiteral("target"), QStringLiteral("target")},
+    CommandEntry entry;
+    entry.name = QStringLiteral("call");
+    entry.arguments = {{QStringLiteral("target"), QStringLiteral("target")},
         {QStringLiteral("method"), QStringLiteral("method")},
         {QStringLiteral("args"), QStringLiteral("value"), true, true}};
-    spec.help = QStringLiteral(
+    entry.help = QStringLiteral(
         "run a slot or invokable method (mount, format 0, on red); the overload is picked by argument count");
-    spec.run = call;
-    table.add(spec);
+    entry.run = call;
+    table.add(entry);
 }
 
 } // namespace VantixControl

@@ -20,11 +20,11 @@ Reply devices(Invocation &invocation)
 
 void addDevices(CommandTable &table)
 {
-    CommandSpec spec;
-    spec.name = QStringLiteral("devices");
-    spec.help = QStringLiteral("the device table: id name, number, alias, class, status, type");
-    spec.run = devices;
-    table.add(spec);
+    CommandEntry entry;
+    entry.name = QStringLiteral("devices");
+    entry.help = QStringLiteral("the device table: id name, number, alias, class, status, type");
+    entry.run = devices;
+    table.add(entry);
 }
 
 } // namespace VantixControl

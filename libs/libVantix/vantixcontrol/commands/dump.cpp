@@ -33,12 +33,12 @@ Reply dump(Invocation &invocation)
 
 void addDump(CommandTable &table)
 {
-    CommandSpec spec;
-    spec.name = QStringLiteral("dump");
-    spec.arguments = {{QStringLiteral("file"), QStringLiteral("file"), true}};
-    spec.help = QStringLiteral("every device's properties as JSON, shown or written to a file");
-    spec.run = dump;
-    table.add(spec);
+    CommandEntry entry;
+    entry.name = QStringLiteral("dump");
+    entry.arguments = {{QStringLiteral("file"), QStringLiteral("file"), true}};
+    entry.help = QStringLiteral("every device's properties as JSON, shown or written to a file");
+    entry.run = dump;
+    table.add(entry);
 }
 
 } // namespace VantixControl

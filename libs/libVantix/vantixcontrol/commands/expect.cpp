@@ -248,19 +248,19 @@ void expect(Invocation &invocation, const Done &done)
 
 void addExpect(CommandTable &table)
 {
-    CommandSpec spec;
-    spec.name = QStringLiteral("expect");
-    spec.arguments = {{QStringLiteral("target"), QStringLiteral("target")},
+    CommandEntry entry;
+    entry.name = QStringLiteral("expect");
+    entry.arguments = {{QStringLiteral("target"), QStringLiteral("target")},
         {QStringLiteral("check"), QStringLiteral("property")},
         {QStringLiteral("condition"), QStringLiteral("value"), true, true}};
-    spec.usages =
+    entry.usages =
         QStringList{QStringLiteral("expect <target> <property> [= != < <= > >= has lacks] <value> [within <ms>]"),
             QStringLiteral("expect <target> present|absent [within <ms>]"),
             QStringLiteral("expect <target> emitted <signal> [within <ms>]")};
-    spec.help = QStringLiteral("check a value, a device's presence or a signal since the last such check, waiting up "
-                               "to <ms> for it; a script stops when it fails");
-    spec.start = expect;
-    table.add(spec);
+    entry.help = QStringLiteral("check a value, a device's presence or a signal since the last such check, waiting up "
+                                "to <ms> for it; a script stops when it fails");
+    entry.start = expect;
+    table.add(entry);
 }
 
 } // namespace VantixControl

@@ -31,13 +31,13 @@ Reply flightMode(Invocation &invocation)
 
 void addFlightMode(CommandTable &table)
 {
-    CommandSpec spec;
-    spec.name = QStringLiteral("flightmode");
-    spec.arguments = {{QStringLiteral("state"), QStringLiteral("choice"), false, false,
+    CommandEntry entry;
+    entry.name = QStringLiteral("flightmode");
+    entry.arguments = {{QStringLiteral("state"), QStringLiteral("choice"), false, false,
         {QStringLiteral("on"), QStringLiteral("off")}}};
-    spec.help = QStringLiteral("enter or leave flight mode (a 2 s transition)");
-    spec.run = flightMode;
-    table.add(spec);
+    entry.help = QStringLiteral("enter or leave flight mode (a 2 s transition)");
+    entry.run = flightMode;
+    table.add(entry);
 }
 
 } // namespace VantixControl

@@ -88,7 +88,7 @@ Reply set(Invocation &invocation)
 
 void addGetAndSet(CommandTable &table)
 {
-    CommandSpec get;
+    CommandEntry get;
     get.name = QStringLiteral("get");
     get.arguments = {
         {QStringLiteral("target"), QStringLiteral("target")}, {QStringLiteral("property"), QStringLiteral("property")}};
@@ -96,7 +96,7 @@ void addGetAndSet(CommandTable &table)
     get.run = VantixControl::get;
     table.add(get);
 
-    CommandSpec set;
+    CommandEntry set;
     set.name = QStringLiteral("set");
     set.arguments = {{QStringLiteral("target"), QStringLiteral("target")},
         {QStringLiteral("property"), QStringLiteral("writable")}, {QStringLiteral("value"), QStringLiteral("value")}};

@@ -72,12 +72,12 @@ Reply help(Invocation &invocation)
 
 void addHelp(CommandTable &table)
 {
-    CommandSpec spec;
-    spec.name = QStringLiteral("help");
-    spec.arguments = {{QStringLiteral("command"), QStringLiteral("command"), true}};
-    spec.help = QStringLiteral("the commands, or one command in detail");
-    spec.run = help;
-    table.add(spec);
+    CommandEntry entry;
+    entry.name = QStringLiteral("help");
+    entry.arguments = {{QStringLiteral("command"), QStringLiteral("command"), true}};
+    entry.help = QStringLiteral("the commands, or one command in detail");
+    entry.run = help;
+    table.add(entry);
 }
 
 } // namespace VantixControl

@@ -50,12 +50,12 @@ Reply key(Invocation &invocation)
 
 void addKey(CommandTable &table)
 {
-    CommandSpec spec;
-    spec.name = QStringLiteral("key");
-    spec.arguments = {{QStringLiteral("key"), QStringLiteral("key")}};
-    spec.help = QStringLiteral("release a key for the debug controller: keypad+1, shift+F4, ctrl+F4, F2, F9");
-    spec.run = key;
-    table.add(spec);
+    CommandEntry entry;
+    entry.name = QStringLiteral("key");
+    entry.arguments = {{QStringLiteral("key"), QStringLiteral("key")}};
+    entry.help = QStringLiteral("release a key for the debug controller: keypad+1, shift+F4, ctrl+F4, F2, F9");
+    entry.run = key;
+    table.add(entry);
 }
 
 } // namespace VantixControl

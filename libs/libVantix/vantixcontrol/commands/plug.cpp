@@ -135,7 +135,7 @@ Reply unplug(Invocation &invocation)
 
 void addPlugAndUnplug(CommandTable &table)
 {
-    CommandSpec plug;
+    CommandEntry plug;
     plug.name = QStringLiteral("plug");
     plug.arguments = {{QStringLiteral("device"), QStringLiteral("device")},
         {QStringLiteral("type"), QStringLiteral("DeviceType"), true}};
@@ -144,7 +144,7 @@ void addPlugAndUnplug(CommandTable &table)
     plug.run = VantixControl::plug;
     table.add(plug);
 
-    CommandSpec unplug;
+    CommandEntry unplug;
     unplug.name = QStringLiteral("unplug");
     unplug.arguments = {{QStringLiteral("device"), QStringLiteral("device")}};
     unplug.help = QStringLiteral("remove a device (a USB port takes its stick along)");

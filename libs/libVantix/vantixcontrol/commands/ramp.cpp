@@ -136,15 +136,15 @@ void ramp(Invocation &invocation, const Done &done)
 
 void addRamp(CommandTable &table)
 {
-    CommandSpec spec;
-    spec.name = QStringLiteral("ramp");
-    spec.arguments = {{QStringLiteral("target"), QStringLiteral("target")},
+    CommandEntry entry;
+    entry.name = QStringLiteral("ramp");
+    entry.arguments = {{QStringLiteral("target"), QStringLiteral("target")},
         {QStringLiteral("what"), QStringLiteral("property")}, {QStringLiteral("from"), QStringLiteral("number")},
         {QStringLiteral("to"), QStringLiteral("number")}, {QStringLiteral("ms"), QStringLiteral("ms")}};
-    spec.usages = QStringList{QStringLiteral("ramp <target> <property|debug command> <from> <to> <ms>")};
-    spec.help = QStringLiteral("change a value step by step; a debug command gets the value as its last argument");
-    spec.start = ramp;
-    table.add(spec);
+    entry.usages = QStringList{QStringLiteral("ramp <target> <property|debug command> <from> <to> <ms>")};
+    entry.help = QStringLiteral("change a value step by step; a debug command gets the value as its last argument");
+    entry.start = ramp;
+    table.add(entry);
 }
 
 } // namespace VantixControl

@@ -39,13 +39,13 @@ Reply record(Invocation &invocation)
 
 void addRecord(CommandTable &table)
 {
-    CommandSpec spec;
-    spec.name = QStringLiteral("record");
-    spec.arguments = {{QStringLiteral("file"), QStringLiteral("file")}};
-    spec.usages = QStringList{QStringLiteral("record <file>"), QStringLiteral("record stop")};
-    spec.help = QStringLiteral("write the following commands, with the time between them as waits, to a script");
-    spec.run = record;
-    table.add(spec);
+    CommandEntry entry;
+    entry.name = QStringLiteral("record");
+    entry.arguments = {{QStringLiteral("file"), QStringLiteral("file")}};
+    entry.usages = QStringList{QStringLiteral("record <file>"), QStringLiteral("record stop")};
+    entry.help = QStringLiteral("write the following commands, with the time between them as waits, to a script");
+    entry.run = record;
+    table.add(entry);
 }
 
 } // namespace VantixControl

@@ -29,12 +29,12 @@ Reply show(Invocation &invocation)
 
 void addShow(CommandTable &table)
 {
-    CommandSpec spec;
-    spec.name = QStringLiteral("show");
-    spec.arguments = {{QStringLiteral("target"), QStringLiteral("target")}};
-    spec.help = QStringLiteral("every property with its value, what can be called and what is signalled");
-    spec.run = show;
-    table.add(spec);
+    CommandEntry entry;
+    entry.name = QStringLiteral("show");
+    entry.arguments = {{QStringLiteral("target"), QStringLiteral("target")}};
+    entry.help = QStringLiteral("every property with its value, what can be called and what is signalled");
+    entry.run = show;
+    table.add(entry);
 }
 
 } // namespace VantixControl

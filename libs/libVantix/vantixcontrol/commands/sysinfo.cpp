@@ -23,11 +23,11 @@ Reply sysinfo(Invocation &invocation)
 
 void addSysinfo(CommandTable &table)
 {
-    CommandSpec spec;
-    spec.name = QStringLiteral("sysinfo");
-    spec.help = QStringLiteral("the system-information map");
-    spec.run = sysinfo;
-    table.add(spec);
+    CommandEntry entry;
+    entry.name = QStringLiteral("sysinfo");
+    entry.help = QStringLiteral("the system-information map");
+    entry.run = sysinfo;
+    table.add(entry);
 }
 
 } // namespace VantixControl

@@ -31,12 +31,12 @@ void wait(Invocation &invocation, const Done &done)
 
 void addWait(CommandTable &table)
 {
-    CommandSpec spec;
-    spec.name = QStringLiteral("wait");
-    spec.arguments = {{QStringLiteral("ms"), QStringLiteral("ms")}};
-    spec.help = QStringLiteral("let the simulation run");
-    spec.start = wait;
-    table.add(spec);
+    CommandEntry entry;
+    entry.name = QStringLiteral("wait");
+    entry.arguments = {{QStringLiteral("ms"), QStringLiteral("ms")}};
+    entry.help = QStringLiteral("let the simulation run");
+    entry.start = wait;
+    table.add(entry);
 }
 
 } // namespace VantixControl
