@@ -4,6 +4,7 @@
 // middle of a ramp, a client that stops reading, the scenarios, the
 // environment switches, folder checks and other users.
 
+#include "programrun.h"
 #include "testfiles.h"
 
 #include <QJsonArray>
@@ -22,12 +23,7 @@
 #include <unistd.h>
 
 namespace {
-struct Run
-{
-    int exitCode = -1;
-    QString out;
-    QString err;
-};
+using Run = ProgramRun;
 
 QString scenario(const char *name)
 {
@@ -510,28 +506,7 @@ private:
 
     Run ctl(const QStringList &arguments, const QByteArray &input = QByteArray(), const QString &folder = QString())
     {
-        QProcess process;
-        process.setProcessEnvironment(appEnvironment());
-        if (!folder.isEmpty()) {
-            process.setWorkingDirectory(folder);
-        }
-        process.start(VANTIX_CTL, arguments);
-        Run run;
-        if (!process.waitForStarted()) {
-            return run;
-        }
-        process.write(input);
-        process.closeWriteChannel();
-        // The applications must keep answering while this waits.
-        if (!QTest::qWaitFor([&process] { return process.state() == QProcess::NotRunning; }, 60000)) {
-            process.kill();
-            process.waitForFinished();
-            return run;
-        }
-        run.exitCode = process.exitStatus() == QProcess::NormalExit ? process.exitCode() : -2;
-        run.out = QString::fromUtf8(process.readAllStandardOutput());
-        run.err = QString::fromUtf8(process.readAllStandardError());
-        return run;
+        return runProgram(VANTIX_CTL, arguments, appEnvironment(), input, folder);
     }
 
     // A socket file that nobody serves, as a crashed process leaves it.

@@ -2,6 +2,7 @@
 // their exit codes and messages, standard input, the live view of a hot-plug,
 // the JSON dump at exit, the options and the example scenarios.
 
+#include "programrun.h"
 #include "testfiles.h"
 
 #include <vantix/vantix_version.h>
@@ -15,12 +16,7 @@
 #include <memory>
 
 namespace {
-struct Run
-{
-    int exitCode = -1;
-    QString out;
-    QString err;
-};
+using Run = ProgramRun;
 
 // The build puts the program next to the tests' folder; VANTIX_SIM points elsewhere.
 QString program()
@@ -190,30 +186,13 @@ private:
     Run sim(const QStringList &arguments, const QByteArray &input = QByteArray(),
         const QList<QPair<QString, QString>> &extra = {})
     {
-        QProcess process;
         QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
         environment.insert("QBCOMMON_ROOT", m_root->path());
         environment.insert("QT_QPA_PLATFORM", "offscreen");
         for (const auto &variable : extra) {
             environment.insert(variable.first, variable.second);
         }
-        process.setProcessEnvironment(environment);
-        process.start(program(), arguments);
-        Run run;
-        if (!process.waitForStarted()) {
-            return run;
-        }
-        process.write(input);
-        process.closeWriteChannel();
-        if (!process.waitForFinished(60000)) {
-            process.kill();
-            process.waitForFinished();
-            return run;
-        }
-        run.exitCode = process.exitStatus() == QProcess::NormalExit ? process.exitCode() : -2;
-        run.out = QString::fromUtf8(process.readAllStandardOutput());
-        run.err = QString::fromUtf8(process.readAllStandardError());
-        return run;
+        return runProgram(program(), arguments, environment, input);
     }
 
     QString writeScript(const QString &text)
