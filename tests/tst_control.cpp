@@ -240,25 +240,31 @@ private Q_SLOTS:
         RawClient deaf;
         RawClient driver;
         QVERIFY(deaf.open(socket) && driver.open(socket));
-        deaf.request({{"id", 1}, {"events", true}});
-        // Every fuel change is one event line for the deaf client: far beyond what it may owe.
+        // Qt reads no further than this on its own, so the rest stays with the server.
+        deaf.socket().setReadBufferSize(16 * 1024);
+        deaf.request({{"id", 0}, {"events", true}});
+        // Each schema is some 40 KiB: far beyond what the client may owe in all.
         QByteArray lines;
-        for (int i = 0; i < 50000; ++i) {
-            lines += "{\"id\":" + QByteArray::number(i) + ",\"line\":\"setbatteryfuel,1," +
-                QByteArray::number(i % 100) + "\"}\n";
+        for (int i = 1; i <= 150; ++i) {
+            lines += "{\"id\":" + QByteArray::number(i) + ",\"describe\":true}\n";
         }
-        driver.socket().write(lines);
-        QVERIFY(driver.answer(49999, 60000).value("ok").toBool());
-        // The application goes on answering, and the deaf client finds a last word and a closed line.
-        QCOMPARE(driver.ask(50000, "get battery1 fuelGauge").value("text").toString(), QString("OK 99"));
+        deaf.socket().write(lines);
+        QTRY_VERIFY_WITH_TIMEOUT(m_errors.contains("more than 4194304 bytes waited for this client"), 20000);
+        // The application goes on answering others and changing its devices.
+        QCOMPARE(driver.ask(1, "setbatteryfuel,1,42").value("text").toString(), QString("OK"));
+        QCOMPARE(driver.ask(2, "get battery1 fuelGauge").value("text").toString(), QString("OK 42"));
+        // What was queued still arrives, then the last word, then the end of the line.
         QByteArray received;
+        deaf.socket().setReadBufferSize(0);
         QTRY_VERIFY_WITH_TIMEOUT(
             (received += deaf.socket().readAll(), deaf.socket().state() == QLocalSocket::UnconnectedState), 10000);
         received += deaf.socket().readAll();
         const QList<QByteArray> all = received.trimmed().split('\n');
-        QVERIFY(all.size() < 50000);
-        QVERIFY2(all.last().contains("it is dropped"), all.last().constData());
-        QVERIFY(m_errors.contains("more than 4194304 bytes waited for this client"));
+        QVERIFY(all.size() < 150);
+        QVERIFY(received.size() > 4 * 1024 * 1024);
+        QVERIFY2(all.last().contains("it is dropped"), all.last().left(200).constData());
+        QCOMPARE(QJsonDocument::fromJson(all.last()).object().value("error").toObject().value("class").toString(),
+            QString("Failed"));
     }
 
     void scenariosRunAgainstTheApplication_data()
@@ -447,11 +453,16 @@ private Q_SLOTS:
         // The application loads no part of the GUI stack for it.
         const QByteArray maps = readFile(QString("/proc/%1/maps").arg(m_apps.last()->processId()));
         QVERIFY(maps.contains("libVantix"));
+#ifndef VANTIX_LIBRARY_LOADS_QTGUI
         QVERIFY(!maps.contains("libQt5Gui"));
+#endif
     }
 
 private:
-    QString socketFolder() const { return QDir(m_runtime->path()).filePath("vantix"); }
+    QString socketFolder() const
+    {
+        return QDir(m_runtime->path()).filePath("vantix");
+    }
     QString defaultSocket(qint64 pid) const
     {
         return QDir(socketFolder()).filePath(QString("example-app-%1").arg(pid));
