@@ -18,6 +18,7 @@
 #include <benchmark/benchmark.h>
 
 #include <algorithm>
+#include <cmath>
 #include <cstdlib>
 #include <cstring>
 #include <map>
@@ -26,6 +27,7 @@
 #include <sched.h>
 #include <signal.h>
 #include <sys/wait.h>
+#include <unistd.h>
 
 using namespace TQ_SPAPI;
 
@@ -75,6 +77,23 @@ public:
         }
     }
     bool isReady() const { return m_ready; }
+
+    // CPU time the process has used so far (user and system), from /proc.
+    double cpuSeconds() const
+    {
+        QFile file(QStringLiteral("/proc/%1/stat").arg(m_child.pid));
+        if (!file.open(QIODevice::ReadOnly)) {
+            return NAN;
+        }
+        // Fields after the command name, which is in parentheses and may hold blanks.
+        const QByteArray text = file.readAll();
+        const QList<QByteArray> fields = text.mid(text.lastIndexOf(')') + 2).split(' ');
+        // utime and stime are fields 14 and 15 of the whole line, 12 and 13 here.
+        if (fields.size() < 13) {
+            return NAN;
+        }
+        return double(fields.at(11).toLongLong() + fields.at(12).toLongLong()) / double(sysconf(_SC_CLK_TCK));
+    }
 
 private:
     Child m_child;
@@ -188,12 +207,16 @@ void roundTrip(benchmark::State &state)
     const int replyBytes = line.size() + 1;
     std::vector<double> vantixBlocks;
     std::vector<double> echoBlocks;
+    double vantixCpu = 0;
+    double echoCpu = 0;
     for (auto _ : state) {
         // Warm-up: both servers have answered a few hundred requests before the clock runs.
         if (roundTrips(vantixClient, RoundTripsPerBlock) < 0 || roundTrips(echoClient, RoundTripsPerBlock) < 0) {
             state.SkipWithError("a round trip failed");
             return;
         }
+        vantixCpu = -vantix.cpuSeconds();
+        echoCpu = -echo.cpuSeconds();
         double total = 0;
         for (int block = 0; block < RoundTripBlocks; ++block) {
             const double v = roundTrips(vantixClient, RoundTripsPerBlock);
@@ -207,12 +230,18 @@ void roundTrip(benchmark::State &state)
             total += (v + e) * RoundTripsPerBlock;
         }
         state.SetIterationTime(total);
+        vantixCpu += vantix.cpuSeconds();
+        echoCpu += echo.cpuSeconds();
     }
+    const double roundTripCount = double(RoundTripBlocks * RoundTripsPerBlock);
     state.counters["vantix_s"] = median(vantixBlocks);
     state.counters["echo_s"] = median(echoBlocks);
+    // What each server's process spent per request, whatever the scheduler did meanwhile.
+    state.counters["vantix_cpu_s"] = vantixCpu / roundTripCount;
+    state.counters["echo_cpu_s"] = echoCpu / roundTripCount;
     state.counters["request_bytes"] = s_getLine.size();
     state.counters["reply_bytes"] = replyBytes;
-    state.counters["round_trips"] = double(RoundTripBlocks * RoundTripsPerBlock);
+    state.counters["round_trips"] = roundTripCount;
 }
 
 // The value of "newValue" in an event line, or -1.
