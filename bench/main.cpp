@@ -145,8 +145,8 @@ struct Section
 
 std::vector<Section> s_sections;
 
-// A new unit's start waits for a synced write, which takes 0.6 ms to 12 ms with what else uses the disk.
-constexpr double NewUnitNoise = 3.0;
+// A new unit's start waits for a synced write: its start took 1.2 ms to 13 ms with what else used the disk.
+constexpr double NewUnitNoise = 9.0;
 // What the host costs (bearer plugins, a file system on disk) moves with the host, up to threefold.
 constexpr double HostPartNoise = 2.0;
 
@@ -184,7 +184,7 @@ std::string named(const char *prefix, const Platform &p)
 
 void buildStartup()
 {
-    section("startup", 0.3,
+    section("startup", 1.5,
         "Start-up in this process: System::instance() + initialize(), wall time;\n"
         "baseline: as many plain QObjects + one QSettings read");
     for (const Platform &p : platforms()) {
@@ -201,7 +201,7 @@ void buildStartup()
         }
     }
 
-    section("first-start", 1.0,
+    section("first-start", 3.0,
         "Start-up, first initialize() in a new process, existing unit, wall time;\n"
         "baseline: the same plain work in a new process");
     for (const Platform &p : platforms()) {
@@ -217,7 +217,7 @@ void buildStartup()
             ""});
     }
 
-    section("process", 0.1,
+    section("process", 0.25,
         "Process: vantix-sim --exit-after-ready, existing unit, wall time;\n"
         "baseline: bare Qt program waiting the same 100 ms");
     const Result *bare = result("Process/bare-qt");
@@ -238,7 +238,7 @@ void buildStartup()
 
 void buildCommands()
 {
-    section("command", 0.5,
+    section("command", 0.75,
         "Command path: setValue(\"VantixDebug\", ...) until the listener has the signal, CPU time;\n"
         "baseline: one QString signal to a slot");
     const Result *bare = result("Command/bare-signal");
@@ -269,7 +269,7 @@ void buildCommands()
 
 void buildHotplug()
 {
-    section("hotplug", 0.25,
+    section("hotplug", 0.5,
         "Hot-plug: add + remove through debug commands, listener on deviceDetected/deviceRemoved;\n"
         "baseline: a shared QObject announced by a queued call and deleted (CPU), the figure after 1000 cycles");
     const Result *plain = result("Hotplug/plain");
@@ -401,7 +401,7 @@ std::string fileSystemOf(const QString &path)
 
 void buildControl()
 {
-    section("control-rtt", 0.3,
+    section("control-rtt", 0.5,
         "Control channel: round trip of one request over the local socket to another process, median wall time;\n"
         "baseline: a bare QLocalSocket echo server, same client, same framing");
     if (const Result *m = result("Control/round-trip")) {
@@ -418,7 +418,7 @@ void buildControl()
     }
 
     if (const Result *m = result("Control/events")) {
-        section("control-events", 0.2,
+        section("control-events", 0.5,
             "Events: bursts of " + format(counter(m, "events"), Unit::Count) +
                 " fuel changes in the server process, one watching client counts the fuelGaugeChanged lines;\n"
                 "figure: median of the bursts, from the request to the last event");
