@@ -55,8 +55,9 @@ test-install: deps
 	@JOBS=$(JOBS) ./scripts/test-install.sh $(RELEASE_BUILD_DIR)
 
 # Benchmarks with their baselines and targets (bench/README.md); not part of `make test`.
+# BENCH_ARGS=--record makes this run the one later runs are compared with (bench/recorded.json).
 bench: build
-	@./scripts/bench.sh $(BUILD_DIR)
+	@./scripts/bench.sh $(BUILD_DIR) $(BENCH_ARGS)
 
 test-asan: deps
 	@cmake -S . -B $(ASAN_BUILD_DIR) -DCMAKE_BUILD_TYPE=Debug -DBUILD_TESTING=ON -DVANTIX_SANITIZE=ON >/dev/null

@@ -1,6 +1,7 @@
-// Idle cost: CPU time of an initialised PT_TOLVEX_PLUS system whose network
-// devices poll the host once a second, against an empty event loop, each in
-// a fresh child process and over the same window, side by side.
+// Idle cost: CPU time and wake-ups of an initialised PT_TOLVEX_PLUS system
+// whose network devices poll the host once a second, with its control server
+// and with VANTIX_CONTROL=off, against an empty event loop; each in a fresh
+// child process, all three over the same window, side by side.
 
 #include "benchmarks.h"
 #include "benchsupport.h"
@@ -16,6 +17,9 @@
 
 #include <cstdio>
 #include <cstdlib>
+#include <cstring>
+#include <map>
+#include <utility>
 
 #include <sys/resource.h>
 
@@ -35,38 +39,54 @@ int idleMs()
     return ms > 0 ? ms : DefaultIdleMs;
 }
 
-double cpuSeconds()
+struct Usage
 {
-    rusage usage{};
-    getrusage(RUSAGE_SELF, &usage);
+    double cpuSeconds = 0;
+    long wakeups = 0; // voluntary context switches: each time the process slept and woke
+};
+
+Usage usage()
+{
+    rusage r{};
+    getrusage(RUSAGE_SELF, &r);
     const auto seconds = [](const timeval &t) { return double(t.tv_sec) + double(t.tv_usec) / 1e6; };
-    return seconds(usage.ru_utime) + seconds(usage.ru_stime);
+    return {seconds(r.ru_utime) + seconds(r.ru_stime), r.ru_nvcsw};
 }
 
 void idle(benchmark::State &state)
 {
-    double system = 0;
-    double empty = 0;
+    // Side by side, over the same window: the children barely use a core between them.
+    const std::vector<std::pair<const char *, Environment>> children{
+        {"system", {}},
+        {"system_off", {"VANTIX_CONTROL=off"}},
+        {"empty", {}},
+    };
+    std::map<std::string, double> cpu;
+    std::map<std::string, double> wakeups;
     double window = 0;
     for (auto _ : state) {
-        // Side by side: the two children barely use a core between them.
-        const Child withSystem = startChild({selfPath(), "--vantix-bench-child=idle-system"});
-        const Child emptyLoop = startChild({selfPath(), "--vantix-bench-child=idle-empty"});
-        int systemExit = -1;
-        int emptyExit = -1;
-        const auto systemFigures = parseFigures(finishChild(withSystem, &systemExit));
-        const auto emptyFigures = parseFigures(finishChild(emptyLoop, &emptyExit));
-        if (systemExit != 0 || emptyExit != 0 || !systemFigures.count("cpu_us") || !emptyFigures.count("cpu_us")) {
-            state.SkipWithError("idle child failed");
-            return;
+        std::vector<Child> started;
+        for (const auto &c : children) {
+            const char *mode = std::strcmp(c.first, "empty") == 0 ? "idle-empty" : "idle-system";
+            started.push_back(startChild({selfPath(), std::string("--vantix-bench-child=") + mode}, c.second));
         }
-        system += systemFigures.at("cpu_us") / 1e6;
-        empty += emptyFigures.at("cpu_us") / 1e6;
-        window = systemFigures.at("wall_us") / 1e6;
+        for (std::size_t i = 0; i < children.size(); ++i) {
+            int exitCode = -1;
+            const auto figures = parseFigures(finishChild(started[i], &exitCode));
+            if (exitCode != 0 || !figures.count("cpu_us") || !figures.count("wakeups")) {
+                state.SkipWithError("idle child failed");
+                return;
+            }
+            cpu[children[i].first] += figures.at("cpu_us") / 1e6;
+            wakeups[children[i].first] += figures.at("wakeups");
+            window = figures.at("wall_us") / 1e6;
+        }
         state.SetIterationTime(window);
     }
-    state.counters["cpu_system_s"] = system;
-    state.counters["cpu_empty_s"] = empty;
+    for (const auto &c : children) {
+        state.counters[std::string("cpu_") + c.first + "_s"] = cpu[c.first];
+        state.counters[std::string("wakeups_") + c.first] = wakeups[c.first];
+    }
     state.counters["window_s"] = window;
 }
 } // namespace
@@ -90,11 +110,12 @@ int runIdleChild(const std::string &mode)
     settle(StartSettleMs);
 
     QElapsedTimer clock;
-    const double before = cpuSeconds();
+    const Usage before = usage();
     clock.start();
     settle(idleMs());
-    const double used = cpuSeconds() - before;
-    std::printf("cpu_us=%.0f wall_us=%lld\n", used * 1e6, clock.nsecsElapsed() / 1000);
+    const Usage after = usage();
+    std::printf("cpu_us=%.0f wakeups=%ld wall_us=%lld\n", (after.cpuSeconds - before.cpuSeconds) * 1e6,
+        after.wakeups - before.wakeups, clock.nsecsElapsed() / 1000);
     System::releaseInstance();
     return 0;
 }

@@ -232,19 +232,26 @@ void firstBearer(benchmark::State &state)
     }
 }
 
-void wholeProcess(benchmark::State &state, const std::vector<std::string> &argv, bool withRoot)
+// How a measured program is told the folder of its unit.
+enum class Root { None, Argument, Environment };
+
+void wholeProcess(benchmark::State &state, const std::vector<std::string> &argv, Root rootBy, Environment env)
 {
     std::vector<std::string> args = argv;
     QTemporaryDir root;
-    if (withRoot) {
+    if (rootBy == Root::Argument) {
         args.push_back("--root");
         args.push_back(root.path().toStdString());
+    } else if (rootBy == Root::Environment) {
+        env.push_back("QBCOMMON_ROOT=" + root.path().toStdString());
+    }
+    if (rootBy != Root::None) {
         // The unit's first start creates its nvram file; later starts read it.
-        measureProcess(args);
+        measureProcess(args, env);
     }
     long maxRss = 0;
     for (auto _ : state) {
-        const ProcessStat stat = measureProcess(args);
+        const ProcessStat stat = measureProcess(args, env);
         if (stat.exitCode != 0) {
             state.SkipWithError("process failed");
             return;
@@ -311,21 +318,35 @@ void registerStartupBenchmarks()
         ->UseManualTime()
         ->Unit(benchmark::kMicrosecond);
 
-    RegisterBenchmark("Process/bare-qt", wholeProcess, std::vector<std::string>{bareQtPath()}, false)
+    RegisterBenchmark(
+        "Process/bare-qt", wholeProcess, std::vector<std::string>{bareQtPath()}, Root::None, Environment())
         ->Iterations(ProcessRuns)
         ->UseManualTime()
         ->Unit(benchmark::kMillisecond);
-    RegisterBenchmark("Process/bare-qt-bearer", wholeProcess, std::vector<std::string>{bareQtBearerPath()}, false)
+    RegisterBenchmark(
+        "Process/bare-qt-bearer", wholeProcess, std::vector<std::string>{bareQtBearerPath()}, Root::None, Environment())
         ->Iterations(ProcessRuns)
         ->UseManualTime()
         ->Unit(benchmark::kMillisecond);
     for (const Platform &p : platforms()) {
         RegisterBenchmark((std::string("Process/vantix-sim/") + p.name).c_str(), wholeProcess,
-            std::vector<std::string>{vantixSimPath(), "--exit-after-ready", "--platform", p.name}, true)
+            std::vector<std::string>{vantixSimPath(), "--exit-after-ready", "--platform", p.name}, Root::Argument,
+            Environment())
             ->Iterations(ProcessRuns)
             ->UseManualTime()
             ->Unit(benchmark::kMillisecond);
     }
+    // The README's example: the plain application a user starts from, with its control server and without.
+    RegisterBenchmark("Process/readme-example", wholeProcess, std::vector<std::string>{readmeExamplePath()},
+        Root::Environment, Environment())
+        ->Iterations(ProcessRuns)
+        ->UseManualTime()
+        ->Unit(benchmark::kMillisecond);
+    RegisterBenchmark("Process/readme-example-off", wholeProcess, std::vector<std::string>{readmeExamplePath()},
+        Root::Environment, Environment{"VANTIX_CONTROL=off"})
+        ->Iterations(ProcessRuns)
+        ->UseManualTime()
+        ->Unit(benchmark::kMillisecond);
 }
 
 int runFirstStartChild(const std::string &mode, int argc, char *argv[])

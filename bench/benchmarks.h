@@ -13,6 +13,7 @@ void registerStartupBenchmarks();
 void registerCommandBenchmarks();
 void registerHotplugBenchmarks();
 void registerIdleBenchmarks();
+void registerControlBenchmarks();
 
 // Modes in which this program runs as a child of itself.
 /// @p argc and @p argv are the arguments after the mode.

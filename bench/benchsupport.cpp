@@ -188,7 +188,38 @@ TQ_SPAPI::System *benchSystem()
     return system;
 }
 
-Child startChild(const std::vector<std::string> &argv)
+namespace {
+// This process's environment with @p env laid over it.
+std::vector<std::string> mergedEnvironment(const Environment &env)
+{
+    std::vector<std::string> merged;
+    for (char **e = environ; *e; ++e) {
+        const std::string entry = *e;
+        const std::string name = entry.substr(0, entry.find('=') + 1);
+        bool replaced = false;
+        for (const std::string &extra : env) {
+            replaced = replaced || extra.compare(0, name.size(), name) == 0;
+        }
+        if (!replaced) {
+            merged.push_back(entry);
+        }
+    }
+    merged.insert(merged.end(), env.begin(), env.end());
+    return merged;
+}
+
+std::vector<char *> pointers(const std::vector<std::string> &strings)
+{
+    std::vector<char *> result;
+    for (const std::string &s : strings) {
+        result.push_back(const_cast<char *>(s.c_str()));
+    }
+    result.push_back(nullptr);
+    return result;
+}
+} // namespace
+
+Child startChild(const std::vector<std::string> &argv, const Environment &env)
 {
     int fds[2];
     if (pipe2(fds, O_CLOEXEC) != 0) {
@@ -199,14 +230,12 @@ Child startChild(const std::vector<std::string> &argv)
     posix_spawn_file_actions_adddup2(&actions, fds[1], STDOUT_FILENO);
     posix_spawn_file_actions_addopen(&actions, STDERR_FILENO, "/dev/null", O_WRONLY, 0);
 
-    std::vector<char *> args;
-    for (const std::string &a : argv) {
-        args.push_back(const_cast<char *>(a.c_str()));
-    }
-    args.push_back(nullptr);
+    std::vector<char *> args = pointers(argv);
+    const std::vector<std::string> environment = mergedEnvironment(env);
+    std::vector<char *> envp = pointers(environment);
 
     pid_t pid = -1;
-    const int rc = posix_spawn(&pid, args[0], &actions, nullptr, args.data(), environ);
+    const int rc = posix_spawn(&pid, args[0], &actions, nullptr, args.data(), envp.data());
     posix_spawn_file_actions_destroy(&actions);
     close(fds[1]);
     if (rc != 0) {
@@ -214,6 +243,17 @@ Child startChild(const std::vector<std::string> &argv)
         return {};
     }
     return {pid, fds[0]};
+}
+
+std::string readChildLine(const Child &child)
+{
+    // One byte at a time: what follows the line stays in the pipe for finishChild().
+    std::string line;
+    char c;
+    while (child.outFd >= 0 && read(child.outFd, &c, 1) == 1 && c != '\n') {
+        line += c;
+    }
+    return line;
 }
 
 std::string finishChild(Child child, int *exitCode)
@@ -244,11 +284,11 @@ std::string runChild(const std::vector<std::string> &argv, int *exitCode)
     return finishChild(startChild(argv), exitCode);
 }
 
-ProcessStat measureProcess(const std::vector<std::string> &argv)
+ProcessStat measureProcess(const std::vector<std::string> &argv, const Environment &env)
 {
     std::vector<std::string> full{procStatPath()};
     full.insert(full.end(), argv.begin(), argv.end());
-    const auto figures = parseFigures(runChild(full));
+    const auto figures = parseFigures(finishChild(startChild(full, env)));
     ProcessStat stat;
     const auto value = [&figures](const char *key) {
         const auto it = figures.find(key);
@@ -300,6 +340,21 @@ std::string bareQtBearerPath()
 std::string procStatPath()
 {
     return VANTIX_PROCSTAT_PATH;
+}
+
+std::string benchServerPath()
+{
+    return VANTIX_BENCH_SERVER_PATH;
+}
+
+std::string echoServerPath()
+{
+    return VANTIX_BENCH_ECHO_PATH;
+}
+
+std::string readmeExamplePath()
+{
+    return VANTIX_BENCH_README_PATH;
 }
 
 } // namespace VantixBench

@@ -85,13 +85,18 @@ struct Child
     int outFd = -1;
 };
 
-Child startChild(const std::vector<std::string> &argv);
+/// "NAME=value" entries that a child gets on top of (or instead of) this process's environment.
+using Environment = std::vector<std::string>;
+
+Child startChild(const std::vector<std::string> &argv, const Environment &env = {});
+/// Reads one line of the child's output (without its newline); empty at the end.
+std::string readChildLine(const Child &child);
 /// Reads the child's output to the end and waits for it; returns its output.
 std::string finishChild(Child child, int *exitCode = nullptr);
 std::string runChild(const std::vector<std::string> &argv, int *exitCode = nullptr);
 
 /// Runs @p argv under the stat launcher: wall time and peak memory of that process alone.
-ProcessStat measureProcess(const std::vector<std::string> &argv);
+ProcessStat measureProcess(const std::vector<std::string> &argv, const Environment &env = {});
 
 /// "key=value key=value" lines, as the children print them.
 std::map<std::string, double> parseFigures(const std::string &text);
@@ -101,6 +106,9 @@ std::string vantixSimPath();
 std::string bareQtPath();
 std::string bareQtBearerPath();
 std::string procStatPath();
+std::string benchServerPath();
+std::string echoServerPath();
+std::string readmeExamplePath();
 
 } // namespace VantixBench
 

@@ -1,14 +1,19 @@
-// vantix-bench: start-up, command path, hot-plug, idle cost and memory of the
-// desktop stub, each figure beside a plain-Qt baseline measured in the same
-// run. Google Benchmark prints its own lines as it goes; a table of figures,
-// baselines, ratios and targets follows at the end.
+// vantix-bench: start-up, command path, hot-plug, idle cost, memory and the
+// control channel of the desktop stub, each figure beside a plain baseline
+// measured in the same run. Google Benchmark prints its own lines as it goes;
+// a table of figures, baselines, ratios and targets follows at the end, then
+// the comparison with the recorded run (--vantix-bench-recorded=FILE, which
+// --vantix-bench-record overwrites with this run's figures).
 
 #include "benchmarks.h"
 #include "benchsupport.h"
+#include "recordedrun.h"
 
 #include <vantix/system.h>
 
 #include <QCoreApplication>
+#include <QDateTime>
+#include <QDir>
 #include <QFile>
 
 #include <benchmark/benchmark.h>
@@ -20,6 +25,9 @@
 #include <map>
 #include <string>
 #include <vector>
+
+#include <linux/magic.h>
+#include <sys/vfs.h>
 
 using namespace VantixBench;
 
@@ -72,7 +80,7 @@ double counter(const Result *r, const char *name)
 
 // --- Table ------------------------------------------------------------------
 
-enum class Unit { Time, KiB, Count, Bytes };
+enum class Unit { Time, KiB, Count, Bytes, Rate };
 
 std::string format(double value, Unit unit)
 {
@@ -101,6 +109,9 @@ std::string format(double value, Unit unit)
     case Unit::Bytes:
         std::snprintf(text, sizeof text, "%.0f B", value);
         break;
+    case Unit::Rate:
+        std::snprintf(text, sizeof text, "%.0f k/s", value / 1e3);
+        break;
     }
     return text;
 }
@@ -120,18 +131,50 @@ struct Row
     std::string note; // what the target reads, or what explains the figure
     std::string target; // empty: a figure without a target
     bool met = true;
+    bool higherIsBetter = false;
+    double noise = -1; // below zero: its group's
 };
 
-std::vector<std::pair<std::string, std::vector<Row>>> s_sections;
-
-void section(const std::string &title)
+struct Section
 {
-    s_sections.emplace_back(title, std::vector<Row>());
+    std::string key; // names the group's figures in bench/recorded.json
+    double noise; // how far its figures move between runs without a change (bench/README.md)
+    std::string title;
+    std::vector<Row> rows;
+};
+
+std::vector<Section> s_sections;
+
+// A new unit's start waits for a synced write: its start took 1.2 ms to 13 ms with what else used the disk.
+constexpr double NewUnitNoise = 9.0;
+// What the host costs (bearer plugins, a file system on disk) moves with the host, up to threefold.
+constexpr double HostPartNoise = 2.0;
+
+void section(const std::string &key, double noise, const std::string &title)
+{
+    s_sections.push_back({key, noise, title, {}});
 }
 
 void add(Row row)
 {
-    s_sections.back().second.push_back(std::move(row));
+    s_sections.back().rows.push_back(std::move(row));
+}
+
+const char *unitName(Unit unit)
+{
+    switch (unit) {
+    case Unit::Time:
+        return "s";
+    case Unit::KiB:
+        return "KiB";
+    case Unit::Count:
+        return "count";
+    case Unit::Bytes:
+        return "B";
+    case Unit::Rate:
+        return "1/s";
+    }
+    return "";
 }
 
 std::string named(const char *prefix, const Platform &p)
@@ -141,14 +184,16 @@ std::string named(const char *prefix, const Platform &p)
 
 void buildStartup()
 {
-    section("Start-up in this process: System::instance() + initialize(), wall time;\n"
-            "baseline: as many plain QObjects + one QSettings read");
+    section("startup", 1.5,
+        "Start-up in this process: System::instance() + initialize(), wall time;\n"
+        "baseline: as many plain QObjects + one QSettings read");
     for (const Platform &p : platforms()) {
         const Result *plain = result(named("Startup/plain/", p));
         const std::string objects = " (" + std::to_string(objectsPerStart(p.type)) + " objects)";
         if (const Result *m = result(named("Startup/new-unit/", p))) {
             add({std::string("new unit, creates nvram, ") + p.name + objects, m->seconds, plain ? plain->seconds : NAN,
-                Unit::Time, "a sync " + format(counter(m, "sync_s"), Unit::Time), "< 5 ms", m->seconds < 5e-3});
+                Unit::Time, "a sync " + format(counter(m, "sync_s"), Unit::Time), "< 5 ms", m->seconds < 5e-3, false,
+                NewUnitNoise});
         }
         if (const Result *m = result(named("Startup/existing-unit/", p))) {
             add({std::string("existing unit, reads nvram, ") + p.name, m->seconds, plain ? plain->seconds : NAN,
@@ -156,8 +201,9 @@ void buildStartup()
         }
     }
 
-    section("Start-up, first initialize() in a new process, existing unit, wall time;\n"
-            "baseline: the same plain work in a new process");
+    section("first-start", 3.0,
+        "Start-up, first initialize() in a new process, existing unit, wall time;\n"
+        "baseline: the same plain work in a new process");
     for (const Platform &p : platforms()) {
         const Result *m = result(named("Startup/first-in-process/", p));
         const Result *b = result(named("Startup/first-plain/", p));
@@ -171,8 +217,9 @@ void buildStartup()
             ""});
     }
 
-    section("Process: vantix-sim --exit-after-ready, existing unit, wall time;\n"
-            "baseline: bare Qt program waiting the same 100 ms");
+    section("process", 0.25,
+        "Process: vantix-sim --exit-after-ready, existing unit, wall time;\n"
+        "baseline: bare Qt program waiting the same 100 ms");
     const Result *bare = result("Process/bare-qt");
     if (!bare) {
         return;
@@ -191,8 +238,9 @@ void buildStartup()
 
 void buildCommands()
 {
-    section("Command path: setValue(\"VantixDebug\", ...) until the listener has the signal, CPU time;\n"
-            "baseline: one QString signal to a slot");
+    section("command", 0.75,
+        "Command path: setValue(\"VantixDebug\", ...) until the listener has the signal, CPU time;\n"
+        "baseline: one QString signal to a slot");
     const Result *bare = result("Command/bare-signal");
     if (!bare) {
         return;
@@ -221,8 +269,9 @@ void buildCommands()
 
 void buildHotplug()
 {
-    section("Hot-plug: add + remove through debug commands, listener on deviceDetected/deviceRemoved;\n"
-            "baseline: a shared QObject announced by a queued call and deleted (CPU), the figure after 1000 cycles");
+    section("hotplug", 0.5,
+        "Hot-plug: add + remove through debug commands, listener on deviceDetected/deviceRemoved;\n"
+        "baseline: a shared QObject announced by a queued call and deleted (CPU), the figure after 1000 cycles");
     const Result *plain = result("Hotplug/plain");
     const std::pair<const char *, const char *> kinds[] = {
         {"Hotplug/otg-a", "addotga/rmotga"},
@@ -242,11 +291,11 @@ void buildHotplug()
         const double rss1k = counter(m, "rss_1k_kib");
         char rssDiff[64];
         std::snprintf(rssDiff, sizeof rssDiff, "%+.0f KiB", rssEnd - rss1k);
-        add({name + ", VmRSS" + after, rssEnd, rss1k, Unit::KiB, rssDiff, "equal", rssEnd <= rss1k});
+        add({name + ", VmRSS" + after, rssEnd, rss1k, Unit::KiB, rssDiff, "equal", rssEnd <= rss1k, false, 0.03});
         const double objEnd = counter(m, "objects_end");
         const double obj1k = counter(m, "objects_1k");
         add({name + ", live QObjects" + after, objEnd, obj1k, Unit::Count, format(objEnd - obj1k, Unit::Count), "equal",
-            objEnd == obj1k});
+            objEnd == obj1k, false, 0});
         const double growth = counter(m, "heap_growth_per_cycle");
         char perCycle[64];
         std::snprintf(perCycle, sizeof perCycle, "%+.4f B/cycle", growth);
@@ -255,7 +304,7 @@ void buildHotplug()
         const double heapEnd = counter(m, "heap_end");
         const double heap1k = counter(m, "heap_1k");
         add({name + ", heap in use" + after, heapEnd, heap1k, Unit::Bytes, perCycle, "< 4 KiB in all",
-            heapEnd - heap1k < 4096});
+            heapEnd - heap1k < 4096, false, 0.05});
     }
 }
 
@@ -266,25 +315,55 @@ void buildIdle()
         return;
     }
     const double window = counter(m, "window_s");
-    section("Idle: CPU time over " + format(window, Unit::Time) +
-        ", initialised tolvex-plus (network polls every 1000 ms);\nbaseline: an empty event loop");
-    const double system = counter(m, "cpu_system_s");
+    section("idle", 0.5,
+        "Idle: CPU time and wake-ups (voluntary context switches) over " + format(window, Unit::Time) +
+            ", initialised tolvex-plus (network polls every 1000 ms);\n"
+            "baseline: an empty event loop; for the server's share, the same application with VANTIX_CONTROL=off");
+    const double on = counter(m, "cpu_system_s");
+    const double off = counter(m, "cpu_system_off_s");
     const double empty = counter(m, "cpu_empty_s");
-    const double share = (system - empty) / window;
-    char above[64];
-    std::snprintf(above, sizeof above, "%+.3f %% of a core", share * 100);
-    add({"CPU time, whole process", system, empty, Unit::Time, above, "< 0.1 %", share < 0.001});
+    const auto share = [window](double cpu) {
+        char text[64];
+        std::snprintf(text, sizeof text, "%+.3f %% of a core", cpu / window * 100);
+        return std::string(text);
+    };
+    add({"CPU time, whole process, control server on", on, empty, Unit::Time, share(on - empty), "< 0.1 %",
+        (on - empty) / window < 0.001});
+    add({"CPU time, whole process, VANTIX_CONTROL=off", off, empty, Unit::Time, share(off - empty), "< 0.1 %",
+        (off - empty) / window < 0.001});
+    // Run to run, the same child's idle CPU moves by about a hundredth of a percent of a core.
+    add({"CPU time, server on against off", on, off, Unit::Time, share(on - off), "< 0.01 % more",
+        (on - off) / window < 0.0001});
+    const double wakeOn = counter(m, "wakeups_system");
+    const double wakeOff = counter(m, "wakeups_system_off");
+    const double wakeEmpty = counter(m, "wakeups_empty");
+    add({"wake-ups, control server on", wakeOn, wakeEmpty, Unit::Count, signedFormat(wakeOn - wakeEmpty, Unit::Count),
+        "", true, false, 0.3});
+    // A poll of its own would wake the process at least once per period; a few come and go with the host.
+    add({"wake-ups, server on against off", wakeOn, wakeOff, Unit::Count, signedFormat(wakeOn - wakeOff, Unit::Count),
+        "at most +2 (no polling)", wakeOn - wakeOff <= 2, false, 0.3});
 }
 
 void buildMemory()
 {
-    section("Memory: peak resident set (ru_maxrss) of vantix-sim --exit-after-ready;\n"
-            "baseline: bare Qt program");
+    section("memory", 0.03,
+        "Memory: peak resident set (ru_maxrss) of a plain application (the README's example, initialises System\n"
+        "and exits at apiReady) and of vantix-sim --exit-after-ready; baseline: bare Qt program");
     const Result *bare = result("Process/bare-qt");
     if (!bare) {
         return;
     }
     const double base = counter(bare, "maxrss_kib");
+    const std::pair<const char *, const char *> plain[] = {
+        {"Process/readme-example", "README example (plain application), control server on"},
+        {"Process/readme-example-off", "README example, VANTIX_CONTROL=off"},
+    };
+    for (const auto &p : plain) {
+        if (const Result *m = result(p.first)) {
+            const double rss = counter(m, "maxrss_kib");
+            add({p.second, rss, base, Unit::KiB, signedFormat(rss - base, Unit::KiB), ""});
+        }
+    }
     for (const Platform &p : platforms()) {
         const Result *m = result(named("Process/vantix-sim/", p));
         if (!m) {
@@ -298,6 +377,75 @@ void buildMemory()
         const double rss = counter(m, "maxrss_kib");
         add({"(host part) bare Qt + configuration manager + interfaces", rss, base, Unit::KiB,
             signedFormat(rss - base, Unit::KiB), ""});
+    }
+}
+
+// What the socket folder lives on: binding a socket creates an inode there.
+std::string fileSystemOf(const QString &path)
+{
+    struct statfs info = {};
+    if (statfs(QFile::encodeName(path).constData(), &info) != 0) {
+        return "?";
+    }
+    switch (info.f_type) {
+    case TMPFS_MAGIC:
+        return "tmpfs";
+    case EXT4_SUPER_MAGIC:
+        return "ext4";
+    default:
+        char text[32];
+        std::snprintf(text, sizeof text, "fs 0x%lx", static_cast<unsigned long>(info.f_type));
+        return text;
+    }
+}
+
+void buildControl()
+{
+    section("control-rtt", 0.5,
+        "Control channel: round trip of one request over the local socket to another process, median wall time;\n"
+        "baseline: a bare QLocalSocket echo server, same client, same framing");
+    if (const Result *m = result("Control/round-trip")) {
+        const double vantix = counter(m, "vantix_s");
+        const double echo = counter(m, "echo_s");
+        char note[64];
+        std::snprintf(
+            note, sizeof note, "%.0f B in, %.0f B out", counter(m, "request_bytes"), counter(m, "reply_bytes"));
+        add({"get battery1 fuelGauge (" + format(counter(m, "round_trips"), Unit::Count) + " round trips)", vantix,
+            echo, Unit::Time, note, "<= 2x", vantix <= 2 * echo});
+        // Wall time is mostly waiting for the scheduler; this is the servers' own work.
+        add({"(server CPU) user + system time per request, server process", counter(m, "vantix_cpu_s"),
+            counter(m, "echo_cpu_s"), Unit::Time, "", ""});
+    }
+
+    if (const Result *m = result("Control/events")) {
+        section("control-events", 0.5,
+            "Events: bursts of " + format(counter(m, "events"), Unit::Count) +
+                " fuel changes in the server process, one watching client counts the fuelGaugeChanged lines;\n"
+                "figure: median of the bursts, from the request to the last event");
+        const double rate = counter(m, "events_per_s");
+        char note[64];
+        std::snprintf(note, sizeof note, "%.0f bursts", counter(m, "bursts"));
+        add({"events delivered per second", rate, NAN, Unit::Rate, note, ">= 200 k/s", rate >= 200000, true});
+        const double lost = counter(m, "lost");
+        const double disordered = counter(m, "disordered");
+        std::snprintf(note, sizeof note, "out of order %.0f, others %.0f", disordered, counter(m, "other_events"));
+        add({"events lost", lost, NAN, Unit::Count, note, "0, in order", lost == 0 && disordered == 0, false, 0});
+    }
+
+    if (const Result *m = result("Control/initialize-server")) {
+        const QString runtime = qEnvironmentVariable("XDG_RUNTIME_DIR");
+        const std::string folder = runtime.isEmpty() ? std::string("unset") : fileSystemOf(runtime);
+        section("control-server", 0.5,
+            "Control server's cost: initialize() of an existing tolvex-plus unit, median wall time, socket folder\n"
+            "in XDG_RUNTIME_DIR (" +
+                folder + ") or on disk (" + fileSystemOf(QDir::tempPath()) + "); baseline: VANTIX_CONTROL=off");
+        const double on = counter(m, "on_s");
+        const double off = counter(m, "off_s");
+        const double disk = counter(m, "on_disk_s");
+        add({"server on, socket folder in XDG_RUNTIME_DIR", on, off, Unit::Time, signedFormat(on - off, Unit::Time),
+            "< +0.2 ms", on - off < 2e-4});
+        add({"(host part) server on, socket folder on disk (/tmp)", disk, off, Unit::Time,
+            signedFormat(disk - off, Unit::Time), ""});
     }
 }
 
@@ -318,24 +466,25 @@ void printTable(const std::string &loadBefore)
     buildHotplug();
     buildIdle();
     buildMemory();
+    buildControl();
 
     std::size_t width = 0;
-    for (const auto &s : s_sections) {
-        for (const Row &row : s.second) {
+    for (const Section &s : s_sections) {
+        for (const Row &row : s.rows) {
             width = std::max(width, row.label.size());
         }
     }
     int missed = 0;
     std::printf(
         "\nVantix benchmark summary (load average before: %s, after: %s)\n", loadBefore.c_str(), loadAverage().c_str());
-    for (const auto &s : s_sections) {
-        if (s.second.empty()) {
+    for (const Section &s : s_sections) {
+        if (s.rows.empty()) {
             continue;
         }
-        std::printf("\n%s\n", s.first.c_str());
+        std::printf("\n%s\n", s.title.c_str());
         std::printf(
             "  %-*s %12s %12s %8s %20s  %s\n", int(width), "figure", "measured", "baseline", "ratio", "note", "target");
-        for (const Row &row : s.second) {
+        for (const Row &row : s.rows) {
             char ratio[32] = "-";
             if (!std::isnan(row.baseline) && row.baseline != 0) {
                 std::snprintf(ratio, sizeof ratio, "%.2fx", row.measured / row.baseline);
@@ -351,6 +500,68 @@ void printTable(const std::string &loadBefore)
         }
     }
     std::printf("\n%d target(s) missed.\n", missed);
+}
+
+std::vector<Figure> figures()
+{
+    std::vector<Figure> all;
+    for (const Section &s : s_sections) {
+        for (const Row &row : s.rows) {
+            double noise = row.noise >= 0 ? row.noise : s.noise;
+            if (row.label.compare(0, 11, "(host part)") == 0) {
+                noise = std::max(noise, HostPartNoise);
+            }
+            all.push_back({s.key + "/" + row.label, row.measured, unitName(row.unit), row.higherIsBetter, noise});
+        }
+    }
+    return all;
+}
+
+// Compares this run with the recorded one and, when asked, records this run instead.
+void checkRecorded(const std::string &path, bool record, const std::string &loadBefore)
+{
+    const std::vector<Figure> now = figures();
+    RecordedRun recorded;
+    std::string error;
+    if (!recorded.load(path, &error)) {
+        std::printf("\nNo recorded run to compare with (%s: %s).\n", path.c_str(), error.c_str());
+    } else {
+        const std::vector<std::string> warnings = recorded.compare(now);
+        std::printf("\nAgainst the run recorded %s: %d figure(s) compared, %d worse beyond their noise.\n",
+            recorded.date().c_str(), recorded.comparable(now), int(warnings.size()));
+        for (const std::string &w : warnings) {
+            std::printf("%s\n", w.c_str());
+        }
+    }
+    if (record) {
+        const std::string date = QDateTime::currentDateTimeUtc().toString(Qt::ISODate).toStdString();
+        if (recorded.save(path, now, date, loadBefore, &error)) {
+            std::printf("Recorded %d figure(s) in %s.\n", int(now.size()), path.c_str());
+        } else {
+            std::printf("Could not record the run in %s: %s\n", path.c_str(), error.c_str());
+        }
+    }
+}
+
+// Takes this program's own options out of the arguments, leaving Google Benchmark's.
+bool takeOption(int *argc, char *argv[], const char *name, std::string *value = nullptr)
+{
+    const std::size_t length = std::strlen(name);
+    for (int i = 1; i < *argc; ++i) {
+        const bool bare = std::strcmp(argv[i], name) == 0;
+        const bool valued = value && std::strncmp(argv[i], name, length) == 0 && argv[i][length] == '=';
+        if (bare || valued) {
+            if (valued) {
+                *value = argv[i] + length + 1;
+            }
+            for (int j = i; j + 1 < *argc; ++j) {
+                argv[j] = argv[j + 1];
+            }
+            --*argc;
+            return true;
+        }
+    }
+    return false;
 }
 
 int runChild(int argc, char *argv[])
@@ -379,6 +590,9 @@ int main(int argc, char *argv[])
     QCoreApplication::setApplicationName(QStringLiteral("vantix-bench"));
     const std::string loadBefore = loadAverage();
 
+    std::string recordedPath;
+    takeOption(&argc, argv, "--vantix-bench-recorded", &recordedPath);
+    const bool record = takeOption(&argc, argv, "--vantix-bench-record");
     benchmark::Initialize(&argc, argv);
     if (benchmark::ReportUnrecognizedArguments(argc, argv)) {
         return 1;
@@ -389,6 +603,7 @@ int main(int argc, char *argv[])
     registerCommandBenchmarks();
     registerHotplugBenchmarks();
     registerIdleBenchmarks();
+    registerControlBenchmarks();
 
     CollectingReporter reporter;
     benchmark::RunSpecifiedBenchmarks(&reporter);
@@ -399,5 +614,8 @@ int main(int argc, char *argv[])
         TQ_SPAPI::System::releaseInstance();
     }
     printTable(loadBefore);
+    if (!recordedPath.empty()) {
+        checkRecorded(recordedPath, record, loadBefore);
+    }
     return 0;
 }

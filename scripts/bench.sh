@@ -1,16 +1,32 @@
 #!/bin/sh
 # Runs the benchmarks of the desktop stub (start-up, command path, hot-plug,
-# idle cost, memory) and prints each figure beside its baseline.
+# idle cost, memory, control channel) and prints each figure beside its
+# baseline, then compares the figures with the recorded run (bench/recorded.json)
+# and warns about each one worse than its record by more than its noise.
 #
-# Usage: scripts/bench.sh [BUILD_DIR] [Google Benchmark options...]
+# Usage: scripts/bench.sh [BUILD_DIR] [--record] [Google Benchmark options...]
 #   e.g. scripts/bench.sh build --benchmark_filter=Command
+#   --record  writes this run's figures into bench/recorded.json (a filtered
+#             run leaves the other figures as they were).
 # Environment: VANTIX_BENCH_CYCLES (hot-plug cycles, default 1000000),
-#   VANTIX_BENCH_IDLE_MS (idle window, default 10000).
+#   VANTIX_BENCH_IDLE_MS (idle window, default 10000), VANTIX_BENCH_EVENTS
+#   (events per burst, default 200000).
 # The raw figures go to BUILD_DIR/bench/vantix_bench.json as well.
 set -eu
 
+here=$(cd "$(dirname "$0")/.." && pwd)
 build=${1:-build}
 [ $# -gt 0 ] && shift
+
+record=
+for arg do
+    shift
+    if [ "$arg" = --record ]; then
+        record=--vantix-bench-record
+    else
+        set -- "$@" "$arg"
+    fi
+done
 
 bench="$build/bench/vantix_bench"
 if [ ! -x "$bench" ]; then
@@ -21,7 +37,30 @@ fi
 # No display is needed; the offscreen platform keeps Qt from looking for one.
 export QT_QPA_PLATFORM=offscreen
 
+# Every start serves the control protocol in XDG_RUNTIME_DIR/vantix. A login
+# session's runtime folder is a tmpfs; without one, the run gets a private
+# folder in memory, as the session would give it, rather than the disk.
+if [ -z "${XDG_RUNTIME_DIR:-}" ]; then
+    shm=/dev/shm
+    [ -d "$shm" ] || shm=${TMPDIR:-/tmp}
+    XDG_RUNTIME_DIR=$(mktemp -d "$shm/vantix-bench-runtime.XXXXXX")
+    export XDG_RUNTIME_DIR
+    trap 'rm -rf "$XDG_RUNTIME_DIR"' EXIT
+fi
+
 start=$(date +%s)
 "$bench" --benchmark_color=false \
-    --benchmark_out="$build/bench/vantix_bench.json" --benchmark_out_format=json "$@"
+    --benchmark_out="$build/bench/vantix_bench.json" --benchmark_out_format=json \
+    --vantix-bench-recorded="$here/bench/recorded.json" $record "$@"
+
+# Neither the library nor a plain application of it may pull in QtGui (and with it X11, GL, fonts).
+echo
+for binary in "$build"/libs/libVantix/libVantix.so "$build/apps/vantix-sim/vantix-sim" \
+    "$build/bench/vantix_bench_readme"; do
+    if ldd "$binary" | grep -q 'libQt5Gui'; then
+        echo "ldd: $(basename "$binary") links libQt5Gui"
+    else
+        echo "ldd: $(basename "$binary") links no libQt5Gui ($(ldd "$binary" | grep -o 'libQt5[A-Za-z]*' | sort -u | tr '\n' ' '| sed 's/ $//'))"
+    fi
+done
 echo "bench: finished in $(($(date +%s) - start)) s"
