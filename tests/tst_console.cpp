@@ -262,6 +262,12 @@ private Q_SLOTS:
         const Reply again = Reply::fromJson(reply.toJson());
         QCOMPARE(again.answer(), reply.answer());
         QCOMPARE(int(again.error), error);
+        // The server writes its lines without a document; they must read as the same object.
+        QJsonObject expected = reply.toJson();
+        expected.insert("id", "r-1");
+        QJsonParseError parseError;
+        QCOMPARE(QJsonDocument::fromJson(reply.toJsonLine("r-1"), &parseError).object(), expected);
+        QCOMPARE(parseError.error, QJsonParseError::NoError);
     }
 
     void conversions_data()

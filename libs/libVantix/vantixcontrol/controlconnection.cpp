@@ -205,9 +205,7 @@ void ControlConnection::handleRequest(const QJsonObject &request)
 
 void ControlConnection::answer(const QJsonValue &id, const Reply &reply)
 {
-    QJsonObject object = reply.toJson();
-    object.insert(QStringLiteral("id"), id);
-    write(QJsonDocument(object).toJson(QJsonDocument::Compact));
+    write(reply.toJsonLine(id));
 }
 
 void ControlConnection::refuse(const QJsonValue &id, const QString &message)

@@ -87,13 +87,18 @@ bool Inspector::hasSignal(const QMetaObject *metaObject, const QByteArray &name)
 bool Inspector::findProperty(
     const QObject *object, const QString &label, const QString &name, QMetaProperty *property, QString *error)
 {
-    const QList<QMetaProperty> all = properties(object->metaObject());
-    for (const Qt::CaseSensitivity cs : {Qt::CaseSensitive, Qt::CaseInsensitive}) {
-        for (const QMetaProperty &p : all) {
-            if (QString::fromLatin1(p.name()).compare(name, cs) == 0) {
-                *property = p;
-                return true;
-            }
+    // The exact name is the common case; the meta-object finds it without building a list.
+    const QMetaObject *metaObject = object->metaObject();
+    const int index = metaObject->indexOfProperty(name.toLatin1().constData());
+    if (index >= QObject::staticMetaObject.propertyCount()) {
+        *property = metaObject->property(index);
+        return true;
+    }
+    const QList<QMetaProperty> all = properties(metaObject);
+    for (const QMetaProperty &p : all) {
+        if (QString::fromLatin1(p.name()).compare(name, Qt::CaseInsensitive) == 0) {
+            *property = p;
+            return true;
         }
     }
     QStringList names;
@@ -107,8 +112,15 @@ bool Inspector::findProperty(
 
 QMetaEnum Inspector::enumOf(const QObject *object, const QMetaProperty &property)
 {
-    return property.isEnumType() ? property.enumerator()
-                                 : ValueText::findEnum(QByteArray(property.typeName()), object->metaObject());
+    if (property.isEnumType()) {
+        return property.enumerator();
+    }
+    // Qt's own types (int, QString, ...) are never enums; only the rest needs a search by name.
+    const int type = property.userType();
+    if (type != QMetaType::UnknownType && type < QMetaType::User) {
+        return QMetaEnum();
+    }
+    return ValueText::findEnum(QByteArray(property.typeName()), object->metaObject());
 }
 
 QString Inspector::propertyText(const QObject *object, const QMetaProperty &property, const ObjectNamer *namer)

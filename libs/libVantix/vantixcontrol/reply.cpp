@@ -1,5 +1,7 @@
 #include "reply.h"
 
+#include "event.h"
+
 #include <QJsonObject>
 
 namespace VantixControl {
@@ -99,6 +101,33 @@ QJsonObject Reply::toJson() const
     }
     object.insert(QStringLiteral("text"), rendered());
     return object;
+}
+
+QByteArray Reply::toJsonLine(const QJsonValue &id) const
+{
+    // Written directly, keys in the order toJson() gives them: every answer passes here.
+    QByteArray out;
+    out.reserve(96);
+    out.append('{');
+    if (!ok) {
+        out.append("\"error\":{\"class\":");
+        appendJsonString(out, errorClassName(error));
+        out.append(",\"message\":");
+        appendJsonString(out, text);
+        out.append("},");
+    }
+    out.append("\"id\":");
+    appendJson(out, id);
+    out.append(ok ? ",\"ok\":true,\"text\":" : ",\"ok\":false,\"text\":");
+    appendJsonString(out, rendered());
+    if (ok && !type.isEmpty()) {
+        out.append(",\"type\":");
+        appendJsonString(out, type);
+        out.append(",\"value\":");
+        appendJson(out, value);
+    }
+    out.append('}');
+    return out;
 }
 
 Reply Reply::fromJson(const QJsonObject &object)

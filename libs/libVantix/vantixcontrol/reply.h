@@ -54,6 +54,8 @@ struct VANTIX_EXPORT Reply
 
     /// The reply fields of the control protocol (without the request's id).
     QJsonObject toJson() const;
+    /// toJson() with the request's @p id, as one line of the protocol (no newline).
+    QByteArray toJsonLine(const QJsonValue &id) const;
     static Reply fromJson(const QJsonObject &object);
 };
 

@@ -31,7 +31,9 @@ const VantixDebug::CommandInfo *debugCommand(const QString &word)
 
 bool isDebugCommand(const QString &line)
 {
-    if (debugCommand(commandWord(line))) {
+    // A debug command's word holds no space: a console command is told apart without a search.
+    const QString word = commandWord(line);
+    if (!word.contains(QLatin1Char(' ')) && debugCommand(word)) {
         return true;
     }
     // Any other comma command is the debug controller's to judge.
