@@ -6,6 +6,7 @@
 #include <vantixcontrol/reply.h>
 
 #include <QJsonArray>
+#include <QTimer>
 
 using namespace VantixControl;
 
@@ -34,6 +35,7 @@ void PanelSession::attach(const QString &socketPath)
     m_values.clear();
     m_schemaPending = false;
     m_schemaStale = false;
+    m_dirty.clear();
     m_client.connectToServer(socketPath);
 }
 
@@ -261,12 +263,25 @@ void PanelSession::onEvent(const Event &event)
             notified.append(property.value(QLatin1String("name")).toString());
         }
     }
-    for (const QString &property : notified) {
-        // A signal that carries the one new value saves a round trip; others are read back.
-        if (notified.size() == 1 && event.arguments.size() == 1) {
-            store(event.object, property, event.arguments.first().value, event.arguments.first().text);
-        } else {
-            refresh(event.object, property);
+    // A signal that carries the one new value shows at once.
+    if (notified.size() == 1 && event.arguments.size() == 1) {
+        store(event.object, notified.first(), event.arguments.first().value, event.arguments.first().text);
+    }
+    // Then the whole target is read back, once per burst of its events: a change may come with
+    // another signal than its own (a LED's off time is announced as msOnChanged), or with none.
+    if (m_dirty.isEmpty()) {
+        QTimer::singleShot(0, this, &PanelSession::reloadDirty);
+    }
+    m_dirty.insert(event.object);
+}
+
+void PanelSession::reloadDirty()
+{
+    const QSet<QString> dirty = m_dirty;
+    m_dirty.clear();
+    for (const QString &target : dirty) {
+        if (m_targets.contains(target)) {
+            loadValues(target);
         }
     }
 }

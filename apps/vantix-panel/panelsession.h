@@ -7,6 +7,7 @@
 #include <QJsonObject>
 #include <QJsonValue>
 #include <QObject>
+#include <QSet>
 #include <QStringList>
 
 namespace VantixControl {
@@ -80,12 +81,14 @@ private:
     void refresh(const QString &target, const QString &property);
     void store(const QString &target, const QString &property, const QJsonValue &value, const QString &text);
     void onEvent(const VantixControl::Event &event);
+    void reloadDirty();
 
     VantixControl::Client m_client;
     QString m_socketPath;
     QJsonObject m_schema;
     QHash<QString, QJsonObject> m_targets;
     QHash<QString, QHash<QString, PropertyValue>> m_values;
+    QSet<QString> m_dirty;
     bool m_schemaPending = false;
     bool m_schemaStale = false;
     int m_generation = 0;
