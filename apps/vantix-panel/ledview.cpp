@@ -18,7 +18,7 @@ LedView::LedView(QWidget *parent)
 {
     m_timer->setSingleShot(true);
     connect(m_timer, &QTimer::timeout, this, &LedView::flash);
-    setMinimumSize(sizeHint());
+    setFixedSize(sizeHint());
 }
 
 void LedView::setState(const QString &mode, const QString &colour, int msOn, int msOff)

@@ -84,7 +84,7 @@ int main(int argc, char *argv[])
         }
         window.setCurrentPage(index);
     }
-    window.resize(1100, 720);
+    window.resize(1100, 600);
     QScopedPointer<Screenshot> screenshot;
     if (parser.isSet(screenshotOption)) {
         screenshot.reset(new Screenshot(&window, parser.value(screenshotOption)));

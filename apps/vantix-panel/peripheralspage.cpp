@@ -107,9 +107,9 @@ QGroupBox *PeripheralsPage::displayBox()
     auto *form = new QFormLayout(box);
     m_brightness = new QSlider(Qt::Horizontal, box);
     m_brightness->setRange(0, 100);
-    auto *brightnessText = new QLabel(box);
-    connect(
-        m_brightness, &QSlider::valueChanged, brightnessText, [brightnessText](int v) { brightnessText->setNum(v); });
+    m_brightnessText = new QLabel(box);
+    m_brightnessText->setMinimumWidth(32);
+    connect(m_brightness, &QSlider::valueChanged, m_brightnessText, QOverload<int>::of(&QLabel::setNum));
     const auto send = [this] { run(QStringLiteral("set ID_DISPLAY brightnes %1").arg(m_brightness->value())); };
     connect(m_brightness, &QSlider::valueChanged, this, [this, send] {
         if (!m_brightness->isSliderDown()) {
@@ -119,7 +119,7 @@ QGroupBox *PeripheralsPage::displayBox()
     connect(m_brightness, &QSlider::sliderReleased, this, send);
     auto *row = new QHBoxLayout;
     row->addWidget(m_brightness, 1);
-    row->addWidget(brightnessText);
+    row->addWidget(m_brightnessText);
     form->addRow(tr("Brightness"), row);
     m_backlight = new QWidget(box);
     new QVBoxLayout(m_backlight);
@@ -188,6 +188,7 @@ void PeripheralsPage::update(const QString &target, const QString &property)
         const QSignalBlocker blocker(m_brightness);
         m_brightness->setMaximum(qMax(1, m_session->value(display, QStringLiteral("maxBrightness")).value.toInt()));
         m_brightness->setValue(m_session->value(display, QStringLiteral("brightnes")).value.toInt());
+        m_brightnessText->setNum(m_brightness->value());
     }
 }
 

@@ -37,6 +37,7 @@ private:
     QCheckBox *m_microphone = nullptr;
     QLabel *m_button = nullptr;
     QSlider *m_brightness = nullptr;
+    QLabel *m_brightnessText = nullptr;
     QWidget *m_backlight = nullptr;
     QGroupBox *m_ledBox = nullptr;
     QGroupBox *m_canBox = nullptr;

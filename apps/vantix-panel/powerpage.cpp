@@ -15,6 +15,15 @@
 
 namespace {
 const QString powerSupply = QStringLiteral("ID_POWER_SUPPLY");
+
+// The fuel in the colours of the keypad presets' levels: low at 15 %, critical at 10 %.
+void showFuel(QLabel *label, int percent)
+{
+    const char *colour = percent <= 10 ? "#c62828" : percent <= 15 ? "#ef6c00" : "#2e7d32";
+    label->setText(QStringLiteral("<span style='color:%1; font-weight:bold; font-size:14pt'>%2 %</span>")
+                       .arg(QLatin1String(colour))
+                       .arg(percent));
+}
 } // namespace
 
 PowerPage::PowerPage(PanelSession *session, QWidget *parent)
@@ -78,7 +87,7 @@ QGroupBox *PowerPage::batteryBox(Battery &battery, int number)
     battery.fuel->setRange(0, 100);
     battery.fuel->setPageStep(10);
     battery.fuelText = new QLabel(battery.box);
-    battery.fuelText->setMinimumWidth(48);
+    battery.fuelText->setMinimumWidth(64);
     const QString selector = QString::number(number);
     QSlider *fuel = battery.fuel;
     const auto sendFuel = [this, selector, fuel] {
@@ -92,7 +101,7 @@ QGroupBox *PowerPage::batteryBox(Battery &battery, int number)
     });
     connect(fuel, &QSlider::sliderReleased, this, sendFuel);
     connect(fuel, &QSlider::valueChanged, battery.fuelText,
-        [label = battery.fuelText](int value) { label->setText(QStringLiteral("%1 %").arg(value)); });
+        [label = battery.fuelText](int value) { showFuel(label, value); });
     grid->addWidget(new QLabel(tr("Fuel gauge"), battery.box), 0, 0);
     grid->addWidget(fuel, 0, 1, 1, 3);
     grid->addWidget(battery.fuelText, 0, 4);
@@ -190,7 +199,7 @@ void PowerPage::update(Battery &battery)
     if (fuel.known && !battery.fuel->isSliderDown()) {
         const QSignalBlocker blocker(battery.fuel);
         battery.fuel->setValue(fuel.value.toInt());
-        battery.fuelText->setText(QStringLiteral("%1 %").arg(fuel.value.toInt()));
+        showFuel(battery.fuelText, fuel.value.toInt());
     }
     const QString status = QStringLiteral("status");
     battery.charging->setChecked(m_session->hasFlag(battery.target, status, QStringLiteral("F_CHARGE")));
