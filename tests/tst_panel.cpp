@@ -4,6 +4,7 @@
 // the application goes, and show in a real window under Xvfb.
 
 #include "connectbar.h"
+#include "simlauncher.h"
 #include "ledview.h"
 #include "logpage.h"
 #include "networkpage.h"
@@ -16,6 +17,7 @@
 
 #include <vantixcontrol/client.h>
 #include <vantixcontrol/reply.h>
+#include <vantixcontrol/socketdirectory.h>
 
 #include <QCheckBox>
 #include <QComboBox>
@@ -98,6 +100,7 @@ public:
             }
         }
     }
+    qint64 processId() const { return m_process.processId(); }
     QString socket;
 
 private:
@@ -126,6 +129,7 @@ private Q_SLOTS:
     void widgetsFollowOtherClients();
     void badValuesShowTheApplicationsError();
     void lostApplicationGreysOut();
+    void startedSimulatorEndsWithThePanel();
     void screenshotInARealWindow();
 
 private:
@@ -315,6 +319,27 @@ void TestPanel::lostApplicationGreysOut()
     if (window.session()->isAttached()) {
         QCOMPARE(window.session()->socketPath(), m_sim.socket);
     }
+}
+
+void TestPanel::startedSimulatorEndsWithThePanel()
+{
+    qint64 pid = 0;
+    {
+        PanelWindow window;
+        QSignalSpy attached(window.session(), &PanelSession::attached);
+        window.connectBar()->launcher()->setProgram(QStringLiteral(VANTIX_SIM));
+        window.connectBar()->startSimulator();
+        QVERIFY2(attached.wait(15000), qPrintable(window.connectBar()->statusText()));
+        const Client::Application application = window.session()->application();
+        pid = application.pid;
+        QCOMPARE(application.name, QStringLiteral("vantix-sim"));
+        QCOMPARE(application.platformName, QStringLiteral("tolvex-plus"));
+        QVERIFY(window.session()->socketPath() != m_sim.socket);
+        QVERIFY(window.tabs()->isEnabled());
+    }
+    // Its console closed with the panel: the simulator has ended and left no socket behind.
+    QTRY_VERIFY(!VantixControl::SocketDirectory::isAlive(pid));
+    QVERIFY(VantixControl::SocketDirectory::isAlive(m_sim.processId()));
 }
 
 void TestPanel::screenshotInARealWindow()

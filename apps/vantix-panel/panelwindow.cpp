@@ -14,6 +14,7 @@
 #include <QHBoxLayout>
 #include <QLabel>
 #include <QPushButton>
+#include <QScrollArea>
 #include <QTabWidget>
 #include <QVBoxLayout>
 
@@ -36,10 +37,18 @@ PanelWindow::PanelWindow(QWidget *parent)
     , m_log(new LogPage(m_session, this))
 {
     setWindowTitle(QStringLiteral("vantix-panel"));
-    m_tabs->addTab(m_power, tr("Power"));
-    m_tabs->addTab(m_network, tr("Network"));
-    m_tabs->addTab(m_peripherals, tr("Peripherals"));
-    m_tabs->addTab(m_storage, tr("Storage and USB"));
+    // Pages that grow with the platform (CAN, peers) scroll; the others fit.
+    const auto scrolled = [this](QWidget *page) {
+        auto *area = new QScrollArea(m_tabs);
+        area->setWidgetResizable(true);
+        area->setFrameShape(QFrame::NoFrame);
+        area->setWidget(page);
+        return area;
+    };
+    m_tabs->addTab(scrolled(m_power), tr("Power"));
+    m_tabs->addTab(scrolled(m_network), tr("Network"));
+    m_tabs->addTab(scrolled(m_peripherals), tr("Peripherals"));
+    m_tabs->addTab(scrolled(m_storage), tr("Storage and USB"));
     m_tabs->addTab(m_wifiDirect, tr("Wi-Fi Direct"));
     m_tabs->addTab(m_devices, tr("Devices"));
     m_tabs->addTab(m_log, tr("Log and scenarios"));

@@ -17,6 +17,8 @@
 #include <QSlider>
 #include <QVBoxLayout>
 
+#include <algorithm>
+
 namespace {
 const QString audio = QStringLiteral("ID_AUDIO");
 const QString button = QStringLiteral("ID_BUTTON_POWER");
@@ -27,9 +29,11 @@ bool isLed(const QJsonObject &target)
     return target.value(QLatin1String("class")).toString().endsWith(QLatin1String("ILed"));
 }
 
-bool isCan(const QString &name)
+// The multiplexer object first, then the CAN devices it switches between.
+bool isCan(const QString &name, const QJsonObject &target)
 {
-    return name.startsWith(QLatin1String("ID_CAN_"));
+    return name.startsWith(QLatin1String("ID_CAN_")) ||
+        target.value(QLatin1String("class")).toString().endsWith(QLatin1String("CanMux"));
 }
 
 void clearLayout(QLayout *layout)
@@ -159,12 +163,26 @@ void PeripheralsPage::rebuildCan()
     QLayout *layout = m_canBox->layout();
     clearLayout(layout);
     bool any = false;
-    for (const QString &name : m_session->targetNames()) {
-        if (isCan(name)) {
-            layout->addWidget(new QLabel(QStringLiteral("<b>%1</b>").arg(name), m_canBox));
-            layout->addWidget(new TargetForm(m_session, name, true, m_canBox));
-            any = true;
+    QStringList names = m_session->targetNames();
+    std::stable_partition(names.begin(), names.end(), [this](const QString &name) {
+        return m_session->target(name).value(QLatin1String("class")).toString().endsWith(QLatin1String("CanMux"));
+    });
+    for (const QString &name : qAsConst(names)) {
+        const QJsonObject target = m_session->target(name);
+        if (!isCan(name, target)) {
+            continue;
         }
+        if (target.value(QLatin1String("kind")).toString() == QLatin1String("device")) {
+            // The CAN devices themselves have nothing to set: their status is enough here.
+            auto *state = new QLabel(m_canBox);
+            state->setObjectName(name);
+            layout->addWidget(state);
+            update(name, QStringLiteral("status"));
+        } else {
+            layout->addWidget(new QLabel(QStringLiteral("<b>%1</b>").arg(name), m_canBox));
+            layout->addWidget(new TargetForm(m_session, name, false, m_canBox));
+        }
+        any = true;
     }
     if (!any) {
         layout->addWidget(new QLabel(tr("this platform has no CAN multiplexer"), m_canBox));
@@ -175,6 +193,10 @@ void PeripheralsPage::update(const QString &target, const QString &property)
 {
     if (m_leds.contains(target)) {
         updateLed(target);
+    } else if (property == QLatin1String("status") && target.startsWith(QLatin1String("ID_CAN_"))) {
+        if (auto *state = m_canBox->findChild<QLabel *>(target)) {
+            state->setText(QStringLiteral("%1: %2").arg(target, m_session->value(target, property).text));
+        }
     } else if (target == audio && property == QLatin1String("jackFlags")) {
         m_headphone->setChecked(m_session->hasFlag(audio, property, QStringLiteral("JACK_HEADPHONE")));
         m_microphone->setChecked(m_session->hasFlag(audio, property, QStringLiteral("JACK_MIC")));
@@ -186,6 +208,7 @@ void PeripheralsPage::update(const QString &target, const QString &property)
     } else if (target == display &&
         (property == QLatin1String("brightnes") || property == QLatin1String("maxBrightness"))) {
         const QSignalBlocker blocker(m_brightness);
+        m_brightness->setEnabled(!m_session->target(display).isEmpty());
         m_brightness->setMaximum(qMax(1, m_session->value(display, QStringLiteral("maxBrightness")).value.toInt()));
         m_brightness->setValue(m_session->value(display, QStringLiteral("brightnes")).value.toInt());
         m_brightnessText->setNum(m_brightness->value());

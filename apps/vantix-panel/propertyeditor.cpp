@@ -97,7 +97,7 @@ void PropertyEditor::showValue()
 {
     const PropertyValue v = m_session->value(m_target, m_property);
     if (m_label) {
-        m_label->setText(v.known ? v.text : QStringLiteral("…"));
+        m_label->setText(!v.known ? QStringLiteral("…") : v.value.isString() ? v.value.toString() : v.text);
     } else if (m_check) {
         const QSignalBlocker blocker(m_check);
         m_check->setChecked(v.value.toBool());

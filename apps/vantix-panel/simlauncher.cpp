@@ -35,7 +35,7 @@ SimLauncher::~SimLauncher()
     }
 }
 
-QString SimLauncher::program()
+QString SimLauncher::defaultProgram()
 {
     const QString dir = QCoreApplication::applicationDirPath();
     for (const QString &candidate :
@@ -49,7 +49,7 @@ QString SimLauncher::program()
 
 void SimLauncher::start(const QString &platform)
 {
-    const QString path = program();
+    const QString path = m_program;
     if (path.isEmpty()) {
         Q_EMIT failed(tr("vantix-sim was not found beside vantix-panel nor on PATH"));
         return;

@@ -20,7 +20,10 @@ public:
     ~SimLauncher() override;
 
     /// vantix-sim beside this program, else the one of the build tree, else from PATH.
-    static QString program();
+    static QString defaultProgram();
+    /// The simulator to run; defaultProgram() unless set.
+    QString program() const { return m_program; }
+    void setProgram(const QString &path) { m_program = path; }
     void start(const QString &platform);
 
 Q_SIGNALS:
@@ -33,6 +36,7 @@ private:
     QProcess *m_process = nullptr;
     QTimer *m_poll;
     int m_attempts = 0;
+    QString m_program = defaultProgram();
 };
 
 #endif
