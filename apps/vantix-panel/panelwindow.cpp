@@ -9,12 +9,14 @@
 #include "powerpage.h"
 #include "shortcutbar.h"
 #include "storagepage.h"
+#include "summarylabel.h"
 #include "wifidirectpage.h"
 
 #include <QHBoxLayout>
 #include <QLabel>
 #include <QPushButton>
 #include <QScrollArea>
+#include <QStatusBar>
 #include <QTabWidget>
 #include <QVBoxLayout>
 
@@ -69,6 +71,7 @@ PanelWindow::PanelWindow(QWidget *parent)
     layout->addWidget(m_tabs, 1);
     setCentralWidget(central);
     bannerRow->hide();
+    statusBar()->addWidget(new SummaryLabel(m_session, this), 1);
     setControlsEnabled(false);
 
     connect(m_connectBar, &ConnectBar::attachRequested, this, &PanelWindow::attach);
