@@ -319,6 +319,16 @@ void TestPanel::lostApplicationGreysOut()
     if (window.session()->isAttached()) {
         QCOMPARE(window.session()->socketPath(), m_sim.socket);
     }
+
+    // A socket nobody serves: told at once, the pages stay grey.
+    QSignalSpy refused(window.session(), &PanelSession::detached);
+    window.attach(QDir(root.path()).filePath(QStringLiteral("nobody")));
+    QTRY_VERIFY(!refused.isEmpty());
+    const QString reason = refused.last().at(0).toString();
+    QVERIFY(!reason.isEmpty());
+    QVERIFY2(window.bannerText().contains(reason), qPrintable(window.bannerText()));
+    QVERIFY(!window.tabs()->isEnabled());
+    QVERIFY(!window.session()->isAttached());
 }
 
 void TestPanel::startedSimulatorEndsWithThePanel()

@@ -8,6 +8,7 @@
 #include <QComboBox>
 #include <QHBoxLayout>
 #include <QLabel>
+#include <QPointer>
 #include <QPushButton>
 #include <QToolButton>
 
@@ -72,7 +73,12 @@ void ConnectBar::startSimulator()
 
 void ConnectBar::refresh(const QString &prefer)
 {
-    Client::findApplications([this, prefer](const QList<Client::Application> &applications) {
+    // The search outlives a window closed meanwhile: its answer is then dropped.
+    QPointer<ConnectBar> self(this);
+    Client::findApplications([self, this, prefer](const QList<Client::Application> &applications) {
+        if (!self) {
+            return;
+        }
         m_applications->clear();
         for (const Client::Application &a : applications) {
             m_applications->addItem(

@@ -14,6 +14,7 @@
 
 #include <QHBoxLayout>
 #include <QLabel>
+#include <QPointer>
 #include <QPushButton>
 #include <QScrollArea>
 #include <QStatusBar>
@@ -95,7 +96,11 @@ PanelWindow::PanelWindow(QWidget *parent)
 void PanelWindow::start(const AppSelector &selector)
 {
     m_connectBar->refresh();
-    selector.resolve([this, selector](const QString &socketPath, const QString &error) {
+    QPointer<PanelWindow> self(this);
+    selector.resolve([self, this, selector](const QString &socketPath, const QString &error) {
+        if (!self) {
+            return;
+        }
         if (!socketPath.isEmpty()) {
             attach(socketPath);
         } else if (selector.isEmpty()) {
@@ -117,7 +122,11 @@ void PanelWindow::attach(const QString &socketPath)
 
 void PanelWindow::reattach()
 {
-    Client::findApplications([this](const QList<Client::Application> &applications) {
+    QPointer<PanelWindow> self(this);
+    Client::findApplications([self, this](const QList<Client::Application> &applications) {
+        if (!self) {
+            return;
+        }
         for (const Client::Application &a : applications) {
             if (a.socketPath == m_lastSocket) {
                 attach(a.socketPath);

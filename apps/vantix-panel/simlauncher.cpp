@@ -4,6 +4,7 @@
 
 #include <QCoreApplication>
 #include <QFileInfo>
+#include <QPointer>
 #include <QStandardPaths>
 #include <QTimer>
 
@@ -89,8 +90,12 @@ void SimLauncher::poll()
     }
     const qint64 pid = m_process->processId();
     m_poll->stop();
+    QPointer<SimLauncher> self(this);
     Client::findApplications(
-        [this, pid](const QList<Client::Application> &applications) {
+        [self, this, pid](const QList<Client::Application> &applications) {
+            if (!self) {
+                return;
+            }
             for (const Client::Application &a : applications) {
                 if (a.pid == pid) {
                     Q_EMIT ready(a.socketPath);
