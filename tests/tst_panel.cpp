@@ -128,6 +128,7 @@ private Q_SLOTS:
     void widgetsDriveTheApplication();
     void widgetsFollowOtherClients();
     void badValuesShowTheApplicationsError();
+    void scenarioShowsPassOrFail();
     void lostApplicationGreysOut();
     void startedSimulatorEndsWithThePanel();
     void screenshotInARealWindow();
@@ -228,6 +229,13 @@ void TestPanel::widgetsDriveTheApplication()
     QTRY_COMPARE(ask(QStringLiteral("get ID_USB_OTG_A status")).error, VantixControl::ErrorClass::UnknownTarget);
     QTRY_COMPARE(storage->stateText(QStringLiteral("ID_USB_OTG_A")), QStringLiteral("unplugged"));
     QCOMPARE(storage->errorText(), QString());
+
+    // A shortcut key from its button: keypad 1 is the low-power preset.
+    QPushButton *low = m_window->findChild<QPushButton *>(QStringLiteral("keypad+1"));
+    QVERIFY(low);
+    low->click();
+    QTRY_COMPARE(ask(QStringLiteral("get ID_BATTERY_1ST fuelGauge")).value.toInt(), 15);
+    QTRY_COMPARE(fuel->value(), 15);
 }
 
 void TestPanel::widgetsFollowOtherClients()
@@ -289,6 +297,32 @@ void TestPanel::badValuesShowTheApplicationsError()
     QTest::keyClick(log->commandLine(), Qt::Key_Return);
     QTRY_VERIFY(log->log()->toPlainText().contains(QLatin1String("KO: ")));
     QVERIFY(ask(QStringLiteral("get ID_BATTERY_1ST fuelGauge")).ok);
+}
+
+void TestPanel::scenarioShowsPassOrFail()
+{
+    QTemporaryDir dir;
+    const QString passing = dir.filePath(QStringLiteral("pass.vsim"));
+    const QString failing = dir.filePath(QStringLiteral("fail.vsim"));
+    QFile pass(passing);
+    QVERIFY(pass.open(QIODevice::WriteOnly));
+    pass.write("# drain a little\nsetbatteryfuel,1,30\nexpect battery1 fuelGauge = 30\n");
+    pass.close();
+    QFile fail(failing);
+    QVERIFY(fail.open(QIODevice::WriteOnly));
+    fail.write("setbatteryfuel,1,31\nexpect battery1 fuelGauge = 99\nsetbatteryfuel,1,77\n");
+    fail.close();
+
+    LogPage *log = m_window->logPage();
+    log->runScenario(passing);
+    QTRY_COMPARE(log->scenarioResult()->text(), QStringLiteral("pass.vsim: PASS"));
+    log->runScenario(failing);
+    QTRY_VERIFY(log->scenarioResult()->text().startsWith(QLatin1String("fail.vsim: FAIL")));
+    // The failure names the line, and the script stopped there.
+    QVERIFY2(log->scenarioResult()->text().contains(QLatin1String(":2:")), qPrintable(log->scenarioResult()->text()));
+    QCOMPARE(ask(QStringLiteral("get ID_BATTERY_1ST fuelGauge")).value.toInt(), 31);
+    log->runScenario(dir.filePath(QStringLiteral("missing.vsim")));
+    QVERIFY(log->scenarioResult()->text().startsWith(QLatin1String("cannot read")));
 }
 
 void TestPanel::lostApplicationGreysOut()

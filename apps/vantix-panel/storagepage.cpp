@@ -3,6 +3,8 @@
 #include "methodrow.h"
 #include "panelsession.h"
 
+#include <vantixcontrol/event.h>
+
 #include <QGridLayout>
 #include <QGroupBox>
 #include <QHBoxLayout>
@@ -52,6 +54,14 @@ StoragePage::StoragePage(PanelSession *session, QWidget *parent)
     connect(session, &PanelSession::valueChanged, this, [this](const QString &target, const QString &property) {
         if (property == QLatin1String("status")) {
             updateState(target);
+        }
+    });
+    // A disk's failures come as its error signal, not as a property: the last one shows on its row.
+    connect(session, &PanelSession::eventReceived, this, [this](const VantixControl::Event &event) {
+        if (event.signal == QLatin1String("error")) {
+            if (auto *label = m_disks->findChild<QLabel *>(event.object + QStringLiteral(".error"))) {
+                label->setText(event.argumentsText());
+            }
         }
     });
     connect(session, &PanelSession::schemaChanged, this, [this] {
@@ -127,6 +137,10 @@ void StoragePage::rebuildDisks()
                 rowLayout->addWidget(new MethodRow(m_session, name, m.toObject(), row));
             }
         }
+        auto *error = new QLabel(row);
+        error->setObjectName(name + QStringLiteral(".error"));
+        error->setStyleSheet(QStringLiteral("color: #c62828;"));
+        rowLayout->addWidget(error);
         layout->addWidget(row);
         updateState(name);
     }
