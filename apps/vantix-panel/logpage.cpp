@@ -91,6 +91,15 @@ LogPage::LogPage(PanelSession *session, QWidget *parent)
         }
     });
 
+    connect(session, &PanelSession::attached, this, [this] {
+        const Client::Application a = m_session->application();
+        append(tr("-- attached to %1 (pid %2, %3); events follow as they happen")
+                   .arg(a.name)
+                   .arg(a.pid)
+                   .arg(a.platformName));
+    });
+    connect(session, &PanelSession::detached, this,
+        [this](const QString &reason) { append(tr("-- detached: %1").arg(reason)); });
     connect(session, &PanelSession::eventReceived, this, [this](const Event &event) { append(event.text()); });
     connect(session, &PanelSession::logReceived, this, [this](const LogEntry &entry) { append(entry.text()); });
     connect(session, &PanelSession::answered, this, [this](const QString &line, const Reply &reply) {
