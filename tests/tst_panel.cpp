@@ -6,7 +6,9 @@
 #include "connectbar.h"
 #include "simlauncher.h"
 #include "ledview.h"
+#include "devicespage.h"
 #include "logpage.h"
+#include "methodrow.h"
 #include "networkpage.h"
 #include "panelsession.h"
 #include "panelwindow.h"
@@ -14,6 +16,7 @@
 #include "powerpage.h"
 #include "propertyeditor.h"
 #include "storagepage.h"
+#include "wifidirectpage.h"
 
 #include <vantixcontrol/client.h>
 #include <vantixcontrol/reply.h>
@@ -128,6 +131,10 @@ private Q_SLOTS:
     void widgetsDriveTheApplication();
     void widgetsFollowOtherClients();
     void badValuesShowTheApplicationsError();
+    void powerPageBatteries();
+    void networkFieldsAndFlightMode();
+    void genericEditorsFromTheSchema();
+    void hotPluggedDevicesAppear();
     void scenarioShowsPassOrFail();
     void lostApplicationGreysOut();
     void startedSimulatorEndsWithThePanel();
@@ -297,6 +304,122 @@ void TestPanel::badValuesShowTheApplicationsError()
     QTest::keyClick(log->commandLine(), Qt::Key_Return);
     QTRY_VERIFY(log->log()->toPlainText().contains(QLatin1String("KO: ")));
     QVERIFY(ask(QStringLiteral("get ID_BATTERY_1ST fuelGauge")).ok);
+}
+
+void TestPanel::powerPageBatteries()
+{
+    PowerPage *power = m_window->powerPage();
+    QSlider *second = power->fuelSlider(2);
+    QVERIFY(!second->isEnabled());
+    buttonFor(power, QStringLiteral("addbattery,2"))->click();
+    QTRY_VERIFY(second->isEnabled());
+    QVERIFY(ask(QStringLiteral("get ID_BATTERY_2ND status")).ok);
+    second->setValue(40);
+    QTRY_COMPARE(ask(QStringLiteral("get ID_BATTERY_2ND fuelGauge")).value.toInt(), 40);
+    // The first battery kept its own value.
+    QVERIFY(ask(QStringLiteral("get ID_BATTERY_1ST fuelGauge")).value.toInt() != 40);
+
+    QPushButton *charging = power->chargingButton(1);
+    const bool wasCharging = charging->isChecked();
+    QCOMPARE(wasCharging, ask(QStringLiteral("get ID_BATTERY_1ST status")).text.contains(QLatin1String("F_CHARGE")));
+    charging->click();
+    QTRY_COMPARE(
+        ask(QStringLiteral("get ID_BATTERY_1ST status")).text.contains(QLatin1String("F_CHARGE")), !wasCharging);
+    QTRY_COMPARE(charging->isChecked(), !wasCharging);
+
+    buttonFor(power, QStringLiteral("rmbattery,2"))->click();
+    QTRY_VERIFY(!second->isEnabled());
+    QCOMPARE(ask(QStringLiteral("get ID_BATTERY_2ND status")).error, VantixControl::ErrorClass::UnknownTarget);
+}
+
+void TestPanel::networkFieldsAndFlightMode()
+{
+    NetworkPage *network = m_window->networkPage();
+    auto *ssid = network->findChild<QLineEdit *>(QStringLiteral("ID_NETWORK_WIFI.wifiSsid"));
+    QVERIFY(ssid);
+    // Blanks and all: the debug command splits at commas only.
+    ssid->setText(QStringLiteral("lab net 5"));
+    QTest::keyClick(ssid, Qt::Key_Return);
+    QTRY_COMPARE(ask(QStringLiteral("get ID_NETWORK_WIFI wifiSsid")).value.toString(), QStringLiteral("lab net 5"));
+    QCOMPARE(ctl({QStringLiteral("setwificountry,DK")}), 0);
+    auto *country = network->findChild<QLineEdit *>(QStringLiteral("ID_NETWORK_WIFI.wifiCountry"));
+    QTRY_COMPARE(country->text(), QStringLiteral("DK"));
+
+    // Flight mode shows its transition while it lasts, then the state it reached.
+    buttonFor(network, QStringLiteral("flightmode on"))->click();
+    QTRY_VERIFY(network->flightText().contains(QLatin1String("transition")));
+    QTRY_VERIFY_WITH_TIMEOUT(!network->flightText().contains(QLatin1String("transition")), 6000);
+    QCOMPARE(network->flightText(), ask(QStringLiteral("get System flightModeStatus")).text);
+    buttonFor(network, QStringLiteral("flightmode off"))->click();
+    QTRY_VERIFY_WITH_TIMEOUT(
+        !ask(QStringLiteral("get System flightModeStatus")).text.contains(QLatin1String("TRANSITION")), 6000);
+}
+
+void TestPanel::genericEditorsFromTheSchema()
+{
+    DevicesPage *devices = m_window->devicesPage();
+    devices->select(QStringLiteral("ID_DISPLAY"));
+    QCOMPARE(devices->selected(), QStringLiteral("ID_DISPLAY"));
+    auto *brightness = devices->findChild<PropertyEditor *>(QStringLiteral("brightnes"));
+    QVERIFY(brightness && brightness->lineEdit());
+    // Read-only properties get no editor.
+    auto *steps = devices->findChild<PropertyEditor *>(QStringLiteral("steps"));
+    QVERIFY(steps && !steps->lineEdit() && !steps->checkBox() && !steps->comboBox());
+
+    brightness->lineEdit()->setText(QStringLiteral("40"));
+    QTest::keyClick(brightness->lineEdit(), Qt::Key_Return);
+    QTRY_COMPARE(ask(QStringLiteral("get ID_DISPLAY brightnes")).value.toInt(), 40);
+    QCOMPARE(brightness->errorText(), QString());
+    brightness->submit(QStringLiteral("bright"));
+    QTRY_VERIFY(!brightness->errorText().isEmpty());
+    QCOMPARE(ask(QStringLiteral("get ID_DISPLAY brightnes")).value.toInt(), 40);
+
+    // A method from its row, with its answer beside it.
+    devices->select(QStringLiteral("ID_LED_POWER"));
+    MethodRow *on = nullptr;
+    for (MethodRow *row : devices->findChildren<MethodRow *>()) {
+        if (row->button()->text() == QLatin1String("on")) {
+            on = row;
+        }
+    }
+    QVERIFY(on && on->arguments());
+    on->arguments()->setText(QStringLiteral("green"));
+    on->call();
+    QTRY_COMPARE(ask(QStringLiteral("get ID_LED_POWER color")).value.toString(), QStringLiteral("green"));
+    QTRY_COMPARE(on->answerText(), QString());
+    on->arguments()->setText(QStringLiteral("plaid"));
+    on->call();
+    QTRY_VERIFY(!on->answerText().isEmpty());
+    QVERIFY2(on->answerText().contains(QLatin1String("plaid")), qPrintable(on->answerText()));
+    QCOMPARE(ask(QStringLiteral("get ID_LED_POWER color")).value.toString(), QStringLiteral("green"));
+}
+
+void TestPanel::hotPluggedDevicesAppear()
+{
+    WifiDirectPage *direct = m_window->wifiDirectPage();
+    QVERIFY(ask(QStringLiteral("plug p2p")).ok);
+    QTRY_VERIFY(direct->findChild<MethodRow *>() != nullptr);
+    m_window->devicesPage()->select(QStringLiteral("ID_NETWORK_WIFI_P2P"));
+    QCOMPARE(m_window->devicesPage()->selected(), QStringLiteral("ID_NETWORK_WIFI_P2P"));
+
+    // Find peers from the page: the peers the application then knows show with their state.
+    MethodRow *find = nullptr;
+    for (MethodRow *row : direct->findChildren<MethodRow *>()) {
+        if (row->button()->text() == QLatin1String("findPeers")) {
+            find = row;
+        }
+    }
+    QVERIFY(find);
+    find->call();
+    QTRY_VERIFY(!direct->peers().isEmpty());
+    const QString peer = direct->peers().first();
+    QTRY_VERIFY(m_window->session()->value(peer, QStringLiteral("state")).known);
+    QCOMPARE(m_window->session()->value(peer, QStringLiteral("state")).text,
+        ask(QStringLiteral("get \"%1\" state").arg(peer)).text);
+
+    QVERIFY(ask(QStringLiteral("unplug p2p")).ok);
+    QTRY_VERIFY(direct->findChild<MethodRow *>() == nullptr);
+    QVERIFY(direct->peers().isEmpty());
 }
 
 void TestPanel::scenarioShowsPassOrFail()

@@ -51,6 +51,11 @@ NetworkPage::NetworkPage(PanelSession *session, QWidget *parent)
     });
 }
 
+QString NetworkPage::flightText() const
+{
+    return m_flight->text();
+}
+
 QComboBox *NetworkPage::stateCombo(const QString &command)
 {
     auto *combo = new QComboBox(this);

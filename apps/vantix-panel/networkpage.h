@@ -20,6 +20,8 @@ public:
 
     QComboBox *wiredState() const { return m_wiredState; }
     QComboBox *wifiState() const { return m_wifiState; }
+    /// The flight mode as the page shows it, with its transition.
+    QString flightText() const;
 
 private:
     QGroupBox *wiredBox();

@@ -245,8 +245,12 @@ void PanelSession::store(const QString &target, const QString &property, const Q
 void PanelSession::onEvent(const Event &event)
 {
     Q_EMIT eventReceived(event);
-    if (event.object == QLatin1String("System") &&
-        (event.signal == QLatin1String("deviceDetected") || event.signal == QLatin1String("deviceRemoved"))) {
+    const bool devicesChanged = event.object == QLatin1String("System") &&
+        (event.signal == QLatin1String("deviceDetected") || event.signal == QLatin1String("deviceRemoved"));
+    // A list (peers, access points) that gained or lost rows has objects the schema must name.
+    const bool listChanged = event.signal == QLatin1String("rowsInserted") ||
+        event.signal == QLatin1String("rowsRemoved") || event.signal == QLatin1String("modelReset");
+    if (devicesChanged || listChanged) {
         loadSchema();
     }
     if (!m_targets.contains(event.object)) {

@@ -77,6 +77,11 @@ QSlider *PowerPage::fuelSlider(int number) const
     return m_batteries[number == 2 ? 1 : 0].fuel;
 }
 
+QPushButton *PowerPage::chargingButton(int number) const
+{
+    return m_batteries[number == 2 ? 1 : 0].charging;
+}
+
 QGroupBox *PowerPage::batteryBox(Battery &battery, int number)
 {
     battery.target = number == 1 ? QStringLiteral("ID_BATTERY_1ST") : QStringLiteral("ID_BATTERY_2ND");

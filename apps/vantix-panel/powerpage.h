@@ -19,6 +19,7 @@ public:
 
     /// The fuel gauge slider of battery @p number (1 or 2).
     QSlider *fuelSlider(int number) const;
+    QPushButton *chargingButton(int number) const;
 
 private:
     struct Battery
