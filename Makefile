@@ -19,7 +19,7 @@ SANITIZER_ENV = ASAN_OPTIONS=detect_leaks=1:abort_on_error=0:strict_string_check
 RELEASE_BUILD_DIR ?= build-release
 PREFIX ?= /usr/local
 
-.PHONY: all deps configure build run test test-asan fuzz bench format clean install package test-install
+.PHONY: all deps configure build run panel test test-asan fuzz bench format clean install package test-install
 
 all: build
 
@@ -34,6 +34,20 @@ build: configure
 
 run: build
 	$(BUILD_DIR)/apps/vantix-sim/vantix-sim --platform $(PLATFORM)
+
+# The control panel attached to a fresh simulator in the background; the
+# simulator reads its console from a pipe that stays open until the panel
+# quits, and then ends by itself. PANEL_ARGS go to the panel (--tab network).
+PANEL_ARGS ?=
+panel: build
+	@fifo=$$(mktemp -u); mkfifo $$fifo; \
+	$(BUILD_DIR)/apps/vantix-sim/vantix-sim --platform $(PLATFORM) --quiet < $$fifo & sim_pid=$$!; \
+	exec 3>$$fifo; rm -f $$fifo; \
+	trap 'exec 3>&-; wait $$sim_pid' EXIT INT TERM; \
+	tries=0; until $(BUILD_DIR)/apps/vantix-ctl/vantix-ctl --pid $$sim_pid devices >/dev/null 2>&1; do \
+		tries=$$((tries + 1)); if [ $$tries -gt 100 ] || ! kill -0 $$sim_pid 2>/dev/null; then \
+			echo "panel: vantix-sim did not start" >&2; exit 2; fi; sleep 0.1; done; \
+	$(BUILD_DIR)/apps/vantix-panel/vantix-panel --pid $$sim_pid $(PANEL_ARGS)
 
 test: build
 	cd $(BUILD_DIR) && ctest --output-on-failure -j $(JOBS)

@@ -14,6 +14,8 @@ qtbase5-dev-tools
 libqt5network5
 libqt5test5
 libqt5widgets5
+xvfb
+xauth
 clang-format
 clang
 libclang-rt-14-dev

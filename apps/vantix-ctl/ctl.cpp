@@ -1,6 +1,7 @@
 #include "ctl.h"
 
 #include "completion.h"
+#include "consolewords.h"
 #include "interruptnotifier.h"
 #include "linereader.h"
 
@@ -38,20 +39,6 @@ void printError(const QString &message)
     std::fprintf(stderr, "vantix-ctl: %s\n", qPrintable(message));
 }
 } // namespace
-
-QString joinWords(const QStringList &words)
-{
-    QStringList quoted;
-    for (QString word : words) {
-        if (word.isEmpty() || word.contains(QLatin1Char(' ')) || word.contains(QLatin1Char('"')) ||
-            word.contains(QLatin1Char('\t'))) {
-            word.replace(QLatin1Char('\\'), QLatin1String("\\\\")).replace(QLatin1Char('"'), QLatin1String("\\\""));
-            word = QLatin1Char('"') + word + QLatin1Char('"');
-        }
-        quoted.append(word);
-    }
-    return quoted.join(QLatin1Char(' '));
-}
 
 Ctl::Ctl(const Options &options, QObject *parent)
     : QObject(parent)

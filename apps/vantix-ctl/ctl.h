@@ -68,7 +68,4 @@ private:
     bool m_finished = false;
 };
 
-/// Joins words into one console line, quoting those a shell has unquoted.
-QString joinWords(const QStringList &words);
-
 #endif

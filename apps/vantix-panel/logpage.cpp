@@ -1,0 +1,175 @@
+#include "logpage.h"
+
+#include "panelsession.h"
+
+#include <vantixcontrol/event.h>
+#include <vantixcontrol/reply.h>
+#include <vantixcontrol/scriptrunner.h>
+
+#include <QFile>
+#include <QFileDialog>
+#include <QFileInfo>
+#include <QFontDatabase>
+#include <QGridLayout>
+#include <QHBoxLayout>
+#include <QLabel>
+#include <QLineEdit>
+#include <QPlainTextEdit>
+#include <QPushButton>
+#include <QVBoxLayout>
+
+using namespace VantixControl;
+
+namespace {
+// The log keeps this many lines; older ones go.
+constexpr int maxLines = 5000;
+} // namespace
+
+LogPage::LogPage(PanelSession *session, QWidget *parent)
+    : Page(session, parent)
+    , m_log(new QPlainTextEdit(this))
+    , m_filter(new QLineEdit(this))
+    , m_command(new QLineEdit(this))
+    , m_scenario(new QLineEdit(this))
+    , m_result(new QLabel(this))
+    , m_recordFile(new QLineEdit(this))
+{
+    m_log->setReadOnly(true);
+    m_log->setMaximumBlockCount(maxLines);
+    m_log->setFont(QFontDatabase::systemFont(QFontDatabase::FixedFont));
+    m_filter->setPlaceholderText(tr("filter: words the line must hold"));
+    m_filter->setClearButtonEnabled(true);
+    m_command->setPlaceholderText(tr("any console command: help, get battery1 fuelGauge, setwifistate,12 …"));
+    m_scenario->setPlaceholderText(tr("scenario file (.vsim)"));
+    m_recordFile->setPlaceholderText(tr("file to record into"));
+
+    auto *grid = new QGridLayout;
+    grid->addWidget(new QLabel(tr("Filter"), this), 0, 0);
+    grid->addWidget(m_filter, 0, 1, 1, 3);
+    grid->addWidget(new QLabel(tr("Command"), this), 1, 0);
+    grid->addWidget(m_command, 1, 1, 1, 3);
+    auto *browse = new QPushButton(tr("Choose…"), this);
+    auto *runScenarioButton = new QPushButton(tr("Run scenario"), this);
+    grid->addWidget(new QLabel(tr("Scenario"), this), 2, 0);
+    grid->addWidget(m_scenario, 2, 1);
+    grid->addWidget(browse, 2, 2);
+    grid->addWidget(runScenarioButton, 2, 3);
+    grid->addWidget(m_result, 3, 1, 1, 3);
+    auto *record = new QPushButton(tr("Record"), this);
+    auto *stop = commandButton(tr("Stop recording"), QStringLiteral("record stop"));
+    grid->addWidget(new QLabel(tr("Record"), this), 4, 0);
+    grid->addWidget(m_recordFile, 4, 1);
+    grid->addWidget(record, 4, 2);
+    grid->addWidget(stop, 4, 3);
+
+    auto *layout = new QVBoxLayout(this);
+    layout->addWidget(m_log, 1);
+    layout->addLayout(grid);
+    layout->addWidget(statusLabel());
+
+    connect(m_filter, &QLineEdit::textChanged, this, &LogPage::refilter);
+    connect(m_command, &QLineEdit::returnPressed, this, [this] {
+        const QString line = m_command->text().trimmed();
+        if (!line.isEmpty()) {
+            m_session->run(line);
+            m_command->clear();
+        }
+    });
+    connect(browse, &QPushButton::clicked, this, [this] {
+        const QString file =
+            QFileDialog::getOpenFileName(this, tr("Scenario"), QString(), tr("Scenarios (*.vsim);;All files (*)"));
+        if (!file.isEmpty()) {
+            m_scenario->setText(file);
+        }
+    });
+    connect(runScenarioButton, &QPushButton::clicked, this, [this] { runScenario(m_scenario->text().trimmed()); });
+    connect(record, &QPushButton::clicked, this, [this] {
+        // The application writes the file: it needs a path that does not depend on its folder.
+        const QString file = m_recordFile->text().trimmed();
+        if (!file.isEmpty()) {
+            run(QStringLiteral("record ") + QFileInfo(file).absoluteFilePath());
+        }
+    });
+
+    connect(session, &PanelSession::attached, this, [this] {
+        const Client::Application a = m_session->application();
+        append(tr("-- attached to %1 (pid %2, %3); events follow as they happen")
+                   .arg(a.name)
+                   .arg(a.pid)
+                   .arg(a.platformName));
+    });
+    connect(session, &PanelSession::detached, this,
+        [this](const QString &reason) { append(tr("-- detached: %1").arg(reason)); });
+    connect(session, &PanelSession::eventReceived, this, [this](const Event &event) { append(event.text()); });
+    connect(session, &PanelSession::logReceived, this, [this](const LogEntry &entry) { append(entry.text()); });
+    connect(session, &PanelSession::answered, this, [this](const QString &line, const Reply &reply) {
+        append(QStringLiteral("> ") + line);
+        const QString rendered = reply.rendered();
+        for (const QString &l : rendered.split(QLatin1Char('\n'))) {
+            append(QStringLiteral("  ") + l);
+        }
+    });
+}
+
+void LogPage::runScenario(const QString &file)
+{
+    QFile in(file);
+    if (!in.open(QIODevice::ReadOnly | QIODevice::Text)) {
+        m_result->setText(tr("cannot read %1: %2").arg(file, in.errorString()));
+        m_result->setStyleSheet(QStringLiteral("color: #c62828;"));
+        return;
+    }
+    if (m_runner && !m_runner->isFinished()) {
+        m_result->setText(tr("a scenario is running"));
+        return;
+    }
+    delete m_runner;
+    m_runner = new ScriptRunner(
+        [this](const QString &line, const std::function<void(const Reply &)> &done) { m_session->run(line, done); },
+        this);
+    const QString name = QFileInfo(file).fileName();
+    m_result->setText(tr("%1: running…").arg(name));
+    m_result->setStyleSheet(QString());
+    connect(m_runner, &ScriptRunner::finished, this, [this, name](int exitCode, const QString &message) {
+        m_result->setText(exitCode == 0 ? tr("%1: PASS").arg(name) : tr("%1: FAIL — %2").arg(name, message));
+        m_result->setStyleSheet(exitCode == 0 ? QStringLiteral("color: #2e7d32; font-weight: bold;")
+                                              : QStringLiteral("color: #c62828; font-weight: bold;"));
+    });
+    m_runner->start();
+    m_runner->feed(QString::fromUtf8(in.readAll()).split(QLatin1Char('\n')), file, true);
+    m_runner->endOfInput();
+}
+
+bool LogPage::matches(const QString &line) const
+{
+    const QStringList words = m_filter->text().split(QLatin1Char(' '), Qt::SkipEmptyParts);
+    for (const QString &word : words) {
+        if (!line.contains(word, Qt::CaseInsensitive)) {
+            return false;
+        }
+    }
+    return true;
+}
+
+void LogPage::append(const QString &line)
+{
+    m_lines.append(line);
+    if (m_lines.size() > maxLines) {
+        m_lines.removeFirst();
+    }
+    if (matches(line)) {
+        m_log->appendPlainText(line);
+    }
+}
+
+void LogPage::refilter()
+{
+    QStringList shown;
+    for (const QString &line : qAsConst(m_lines)) {
+        if (matches(line)) {
+            shown.append(line);
+        }
+    }
+    m_log->setPlainText(shown.join(QLatin1Char('\n')));
+    m_log->moveCursor(QTextCursor::End);
+}

@@ -1,0 +1,95 @@
+// vantix-panel: a window that shows and drives the simulated hardware of a
+// running application that uses Vantix, over its control socket.
+
+#include "appselector.h"
+#include "panelwindow.h"
+#include "screenshot.h"
+
+#include <vantix/vantix_version.h>
+
+#include <QApplication>
+#include <QCommandLineParser>
+
+#include <cstdio>
+#include <cstring>
+
+namespace {
+// --help and --version answer without a display (for help2man and for a terminal without X).
+bool onlyAsksForText(int argc, char *argv[])
+{
+    for (int i = 1; i < argc; ++i) {
+        for (const char *option : {"-h", "--help", "--help-all", "-v", "--version"}) {
+            if (std::strcmp(argv[i], option) == 0) {
+                return true;
+            }
+        }
+    }
+    return false;
+}
+} // namespace
+
+int main(int argc, char *argv[])
+{
+    if (onlyAsksForText(argc, argv)) {
+        qputenv("QT_QPA_PLATFORM", "offscreen");
+    }
+    QApplication app(argc, argv);
+    QApplication::setApplicationName(QStringLiteral("vantix-panel"));
+    QApplication::setApplicationVersion(QStringLiteral(VANTIX_VERSION_STRING));
+
+    QCommandLineParser parser;
+    parser.setApplicationDescription(
+        QStringLiteral("A window that shows and drives the simulated hardware of a running application that uses "
+                       "Vantix: every device live, every change one click away.\n\n"
+                       "With one application running it attaches to it; with several, choose one in the window or "
+                       "with a selector. The window can also start vantix-sim for a platform and attach to it."));
+    parser.addHelpOption();
+    parser.addVersionOption();
+    const QCommandLineOption pidOption(
+        QStringLiteral("pid"), QStringLiteral("The application with this process id."), QStringLiteral("pid"));
+    const QCommandLineOption appOption(
+        QStringLiteral("app"), QStringLiteral("The application with this name."), QStringLiteral("name"));
+    const QCommandLineOption socketOption(
+        QStringLiteral("socket"), QStringLiteral("The application serving this socket."), QStringLiteral("path"));
+    const QCommandLineOption tabOption(QStringLiteral("tab"),
+        QStringLiteral("Open on this page: power, network, peripherals, storage, wifi-direct, devices, log."),
+        QStringLiteral("page"));
+    const QCommandLineOption screenshotOption(QStringLiteral("screenshot"),
+        QStringLiteral("Save a PNG picture of the window once it is attached, and quit (3 when it cannot)."),
+        QStringLiteral("file"));
+    parser.addOptions({pidOption, appOption, socketOption, tabOption, screenshotOption});
+    parser.process(app);
+
+    AppSelector selector;
+    selector.name = parser.value(appOption);
+    selector.socketPath = parser.value(socketOption);
+    if (parser.isSet(pidOption)) {
+        bool ok = false;
+        selector.pid = parser.value(pidOption).toLongLong(&ok);
+        if (!ok || selector.pid <= 0) {
+            std::fprintf(
+                stderr, "vantix-panel: --pid needs a process id, not \"%s\"\n", qPrintable(parser.value(pidOption)));
+            return 2;
+        }
+    }
+
+    PanelWindow window;
+    if (parser.isSet(tabOption)) {
+        const QStringList tabs{QStringLiteral("power"), QStringLiteral("network"), QStringLiteral("peripherals"),
+            QStringLiteral("storage"), QStringLiteral("wifi-direct"), QStringLiteral("devices"), QStringLiteral("log")};
+        const int index = tabs.indexOf(parser.value(tabOption).toLower());
+        if (index < 0) {
+            std::fprintf(stderr, "vantix-panel: --tab takes one of %s\n", qPrintable(tabs.join(QLatin1String(", "))));
+            return 2;
+        }
+        window.setCurrentPage(index);
+    }
+    window.resize(1100, 600);
+    QScopedPointer<Screenshot> screenshot;
+    if (parser.isSet(screenshotOption)) {
+        screenshot.reset(new Screenshot(&window, parser.value(screenshotOption)));
+    }
+    window.show();
+    window.start(selector);
+    return QApplication::exec();
+}
