@@ -78,7 +78,9 @@ int main(int argc, char *argv[])
         int code = 0;
         Ctl::list(options.json, [&code](int exitCode) {
             code = exitCode;
-            QCoreApplication::exit(exitCode);
+            // Queued: with no socket to ask, the answer comes before the event loop runs.
+            QMetaObject::invokeMethod(
+                qApp, [exitCode] { QCoreApplication::exit(exitCode); }, Qt::QueuedConnection);
         });
         QCoreApplication::exec();
         return code;
