@@ -190,14 +190,15 @@ void ControlConnection::handleRequest(const QJsonObject &request)
         m_session->setLogEnabled(argument.toBool());
         answer(id, Reply::success());
     } else {
-        // What was running or waiting ends unanswered by the session: it is answered here.
-        const QList<QJsonValue> cancelled = m_pending;
-        m_pending.clear();
+        // "cancel": false cancels nothing; its lines still run and are answered by the session.
         if (argument.toBool()) {
+            // What was running or waiting ends unanswered by the session: it is answered here.
+            const QList<QJsonValue> cancelled = m_pending;
+            m_pending.clear();
             m_session->cancel();
-        }
-        for (const QJsonValue &pendingId : cancelled) {
-            answer(pendingId, Reply::failure(ErrorClass::Failed, QStringLiteral("cancelled")));
+            for (const QJsonValue &pendingId : cancelled) {
+                answer(pendingId, Reply::failure(ErrorClass::Failed, QStringLiteral("cancelled")));
+            }
         }
         answer(id, Reply::success());
     }
