@@ -124,7 +124,7 @@ private Q_SLOTS:
         QCOMPARE(hello.value("application").toString(), QString("example-app"));
         QCOMPARE(hello.value("platform").toString(), QString("PT_TOLVEX"));
         QVERIFY(!hello.value("version").toString().isEmpty());
-        QCOMPARE(hello.value("capabilities").toArray(), QJsonArray({"line", "describe", "events", "log"}));
+        QCOMPARE(hello.value("capabilities").toArray(), QJsonArray({"line", "describe", "events", "log", "cancel"}));
         // Nothing else comes before the client speaks, though the application is busy starting.
         QVERIFY(client.next(300).isEmpty());
 
@@ -265,6 +265,22 @@ private Q_SLOTS:
         QVERIFY2(all.last().contains("it is dropped"), all.last().left(200).constData());
         QCOMPARE(QJsonDocument::fromJson(all.last()).object().value("error").toObject().value("class").toString(),
             QString("Failed"));
+    }
+
+    void anotherProtocolVersionIsRefused()
+    {
+        // A server from a later release, as far as its greeting goes.
+        QLocalServer future;
+        const QString path = QDir(m_root->path()).filePath("future.sock");
+        QVERIFY(future.listen(path));
+        connect(&future, &QLocalServer::newConnection, &future, [&future] {
+            QLocalSocket *peer = future.nextPendingConnection();
+            peer->write("{\"vantix\":{\"protocol\":2,\"pid\":1,\"application\":\"future\"}}\n");
+        });
+        const Run run = ctl({"--socket", path, "get", "battery1", "fuelGauge"});
+        QCOMPARE(run.exitCode, 2);
+        QVERIFY2(run.err.contains("the application speaks control protocol 2, this client 1"), qPrintable(run.err));
+        QVERIFY(run.out.isEmpty());
     }
 
     void scenariosRunAgainstTheApplication_data()

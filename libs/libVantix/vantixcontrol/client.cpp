@@ -1,6 +1,7 @@
 #include "client.h"
 
 #include "event.h"
+#include "protocol.h"
 #include "reply.h"
 #include "socketdirectory.h"
 
@@ -60,6 +61,19 @@ public:
         const QJsonObject object = QJsonDocument::fromJson(line).object();
         if (object.contains(QLatin1String("vantix"))) {
             greetingTimer.stop();
+            const int version =
+                object.value(QLatin1String("vantix")).toObject().value(QLatin1String("protocol")).toInt();
+            if (version != Protocol::Version) {
+                // A server of another version may mean other things by the same words: talk no further.
+                const QPointer<ClientPrivate> alive(this);
+                lost(QStringLiteral("the application speaks control protocol %1, this client %2")
+                         .arg(version)
+                         .arg(Protocol::Version));
+                if (alive) {
+                    socket->abort();
+                }
+                return;
+            }
             greeting = object.value(QLatin1String("vantix")).toObject();
             Q_EMIT q->connected(greeting);
         } else if (object.contains(QLatin1String("event"))) {

@@ -18,7 +18,8 @@ constexpr qint64 MaxPendingBytes = 4 * 1024 * 1024;
 /// What a server offers, as its greeting lists it.
 inline QStringList capabilities()
 {
-    return {QStringLiteral("line"), QStringLiteral("describe"), QStringLiteral("events"), QStringLiteral("log")};
+    return {QStringLiteral("line"), QStringLiteral("describe"), QStringLiteral("events"), QStringLiteral("log"),
+        QStringLiteral("cancel")};
 }
 
 } // namespace Protocol
