@@ -71,7 +71,7 @@ test-asan: deps
 # words of its input. Scratch files go to memory (/dev/shm) where there is one.
 FUZZ_BUILD_DIR ?= build-fuzz
 FUZZ_SECONDS ?= 60
-FUZZ_TARGETS ?= debugcommand nvram osrelease
+FUZZ_TARGETS ?= controlline debugcommand nvram osrelease
 FUZZ_TMPDIR ?= $(shell test -d /dev/shm && echo /dev/shm || echo /tmp)
 FUZZ_ENV = TMPDIR=$(FUZZ_TMPDIR) ASAN_OPTIONS=detect_leaks=1:fast_unwind_on_malloc=0 \
 	LSAN_OPTIONS=suppressions=$(CURDIR)/scripts/lsan.supp:print_suppressions=0 \
