@@ -19,7 +19,6 @@
 
 #include <cstddef>
 #include <cstdint>
-#include <cstdlib>
 
 using namespace TQ_SPAPI;
 
@@ -77,8 +76,7 @@ extern "C" int LLVMFuzzerInitialize(int *argc, char ***argv)
 {
     FuzzSupport::startApplication(argc, argv);
     harness = new Harness;
-    // The scratch folder goes when the run ends normally; after a crash it stays for a look.
-    std::atexit([] { delete harness; });
+    FuzzSupport::removeAtExit(harness->root.path());
     AppConfig::instance()->setArguments(QStringList{QStringLiteral("fuzz")});
     return 0;
 }
