@@ -84,13 +84,14 @@ test-asan: deps
 # ones in fuzz-out/crashes/<target>; a crash becomes a file under
 # fuzz/regressions/<target>, which CTest replays. fuzz/<target>.dict lists the
 # words of its input. Scratch files go to memory (/dev/shm) where there is one.
+# The Systems the targets start serve no control socket (VANTIX_CONTROL=off).
 FUZZ_BUILD_DIR ?= build-fuzz
 FUZZ_SECONDS ?= 60
-FUZZ_TARGETS ?= debugcommand nvram osrelease
+FUZZ_TARGETS ?= controlline debugcommand nvram osrelease
 FUZZ_TMPDIR ?= $(shell test -d /dev/shm && echo /dev/shm || echo /tmp)
 FUZZ_ENV = TMPDIR=$(FUZZ_TMPDIR) ASAN_OPTIONS=detect_leaks=1:fast_unwind_on_malloc=0 \
 	LSAN_OPTIONS=suppressions=$(CURDIR)/scripts/lsan.supp:print_suppressions=0 \
-	UBSAN_OPTIONS=print_stacktrace=1:halt_on_error=1 QT_QPA_PLATFORM=offscreen
+	UBSAN_OPTIONS=print_stacktrace=1:halt_on_error=1 QT_QPA_PLATFORM=offscreen VANTIX_CONTROL=off
 
 fuzz: deps
 	@CC=clang CXX=clang++ cmake -S . -B $(FUZZ_BUILD_DIR) -DCMAKE_C_COMPILER=clang -DCMAKE_CXX_COMPILER=clang++ \

@@ -81,6 +81,7 @@ extern "C" int LLVMFuzzerInitialize(int *argc, char ***argv)
 {
     FuzzSupport::startApplication(argc, argv);
     harness = new Harness;
+    FuzzSupport::removeAtExit(harness->root.path());
     // Disks and the USB stick's folder live under a throw-away root.
     AppConfig::instance()->setRootPath(harness->root.path());
     AppConfig::instance()->setArguments(QStringList{QStringLiteral("fuzz")});

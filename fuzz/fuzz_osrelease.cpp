@@ -45,6 +45,7 @@ extern "C" int LLVMFuzzerInitialize(int *argc, char ***argv)
 {
     FuzzSupport::startApplication(argc, argv);
     harness = new Harness;
+    FuzzSupport::removeAtExit(harness->root.path());
     AppConfig::instance()->setRootPath(harness->root.path() + QStringLiteral("/unit"));
     AppConfig::instance()->setArguments(QStringList{QStringLiteral("fuzz")});
     // The first start creates the nvram file; every later one reads it.

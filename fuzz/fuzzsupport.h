@@ -7,6 +7,7 @@
 #include "systeminfostore_p.h"
 
 #include <QCoreApplication>
+#include <QDir>
 #include <QString>
 #include <QtGlobal>
 
@@ -40,6 +41,14 @@ inline void startApplication(int *argc, char ***argv)
     if (qEnvironmentVariableIsEmpty("FUZZ_VERBOSE")) {
         qInstallMessageHandler(quiet);
     }
+}
+
+/// Removes @p folder, the run's scratch folder, when the run ends normally; after a crash it stays for a look.
+inline void removeAtExit(const QString &folder)
+{
+    static QString path;
+    path = folder;
+    std::atexit([] { QDir(path).removeRecursively(); });
 }
 
 /// Stops the run: an abort is what libFuzzer and the replay take as a failure.

@@ -4,6 +4,7 @@
 // wait/ramp/expect, recording, the JSON dump, the log copy and two sessions
 // side by side.
 
+#include "controlconnection_p.h"
 #include "devicenames_p.h"
 #include "eventwatcher_p.h"
 #include "logcapture.h"
@@ -539,6 +540,28 @@ private Q_SLOTS:
         QCOMPARE(run("call system powerOff").answer(), QString("OK"));
         QCOMPARE(run("expect system emitted apiClosed").answer(), QString("OK"));
         QCOMPARE(run("expect system emitted apiClosed").answer(), QString("KO: System did not emit apiClosed"));
+    }
+
+    // Every request of a client is answered once: "cancel": true answers what
+    // runs or waits as cancelled, "cancel": false leaves it its own answer.
+    void connectionAnswersEachRequestOnce()
+    {
+        VantixControl::ControlConnection connection(nullptr, System::instance(), nullptr);
+        QStringList answers;
+        connect(&connection, &VantixControl::ControlConnection::lineWritten, [&answers](const QByteArray &line) {
+            const QJsonObject answer = QJsonDocument::fromJson(line).object();
+            answers << QString::number(answer.value("id").toInt()) + ' ' + answer.value("text").toString();
+        });
+        connection.handleLine(R"({"id":1,"line":"wait 50"})");
+        connection.handleLine(R"({"id":2,"cancel":false})");
+        QTRY_COMPARE(answers, (QStringList{"2 OK", "1 OK"}));
+
+        answers.clear();
+        connection.handleLine(R"({"id":3,"line":"wait 100000"})");
+        connection.handleLine(R"({"id":4,"line":"devices"})");
+        connection.handleLine(R"({"id":5,"cancel":true})");
+        connection.handleLine(R"({"id":6,"line":"get battery1 fuelGauge"})");
+        QCOMPARE(answers, (QStringList{"3 KO: cancelled", "4 KO: cancelled", "5 OK", "6 OK 100"}));
     }
 
     void sessionsDoNotSeeEachOther()

@@ -439,9 +439,9 @@ private Q_SLOTS:
         QTest::addColumn<QString>("damage");
         QTest::addColumn<bool>("olderCopy");
         QTest::newRow("format") << QByteArray("[General\nHW_BOARD_ID=30DA\n") << "format error" << false;
-        QTest::newRow("empty") << QByteArray("") << "identity incomplete" << false;
-        QTest::newRow("truncated") << QByteArray("HW_BOARD_ID=30DA\nTQ_PRODUCT_UUID=x\n") << "identity incomplete"
-                                   << true;
+        QTest::newRow("empty") << QByteArray("") << "no entries" << false;
+        QTest::newRow("only an entry QSettings cannot address")
+            << QByteArray("[General]\n\\TQ_PRODUCT_UUID=x\n") << "no entries" << true;
         QTest::newRow("unreadable") << QByteArray() << "unreadable" << false;
     }
 
@@ -467,6 +467,91 @@ private Q_SLOTS:
         }
         QCOMPARE(info("TQ_PRODUCT_UUID").size(), 36);
         QCOMPARE(QSettings(path, QSettings::IniFormat).value("TQ_PRODUCT_UUID").toString(), info("TQ_PRODUCT_UUID"));
+    }
+
+    // A file that lacks identity entries is still the unit's own: taken as it
+    // stands, nothing generated, nothing written back at start-up.
+    void partialFile()
+    {
+        TestRoot root;
+        const QString path = SystemInfoStore::filePath(System::PT_TOLVEX);
+        const QByteArray content("[General]\nTQ_PRODUCT_UUID=5f0c7d1e-2b3a-4c5d-8e9f-0a1b2c3d4e5f\n"
+                                 "TQ_PRODUCT_ID=123-45678\nAPI_NAME=Old\nOS_HOSTNAME=elsewhere\n"
+                                 "\\LEADING=lost\nOWNER=\"ward 7, bed 2\"\n");
+        QVERIFY(writeFile(path, content));
+
+        LogCapture log;
+        System *system = startSystem(System::PT_TOLVEX, {"--id", "999-99999"});
+        QStringList warnings;
+        for (const LogRecord &record : log.records()) {
+            if (record.type == QtWarningMsg) {
+                warnings << record.message;
+            }
+        }
+        QCOMPARE(warnings,
+            QStringList{QString("nvram file \"%1\": entry \"/LEADING\" cannot be read as written; ignored").arg(path)});
+
+        QStringList keys = system->systemInfo().keys();
+        QCOMPARE(keys,
+            (QStringList{"API_NAME", "API_VERSION", "BoardControllerVersion", "OS_HOSTNAME", "OS_NAME", "OS_VERSION",
+                "OWNER", "SYSCTRL_VERSION", "TQ_PRODUCT_ID", "TQ_PRODUCT_UUID"}));
+        QCOMPARE(info("TQ_PRODUCT_UUID") + '|' + info("TQ_PRODUCT_ID") + '|' + info("OWNER"),
+            QString("5f0c7d1e-2b3a-4c5d-8e9f-0a1b2c3d4e5f|123-45678|ward 7, bed 2"));
+        // Per-start entries are refreshed in memory; the file keeps its own.
+        QCOMPARE(info("API_NAME") + '|' + info("OS_HOSTNAME"), "LinuxStub|" + QHostInfo::localHostName());
+        QCOMPARE(readFile(path), content);
+        QCOMPARE(QDir(QFileInfo(path).path()).entryList(QDir::Files), QStringList{"nvram-tolvex"});
+
+        // A second start finds the same.
+        startSystem(System::PT_TOLVEX);
+        QCOMPARE(info("TQ_PRODUCT_UUID"), QString("5f0c7d1e-2b3a-4c5d-8e9f-0a1b2c3d4e5f"));
+        QVERIFY(!System::instance()->systemInfo().contains("HW_BOARD_ID"));
+        QCOMPARE(readFile(path), content);
+    }
+
+    void storableKeys_data()
+    {
+        QTest::addColumn<QString>("key");
+        QTest::addColumn<bool>("stored");
+        QTest::newRow("plain") << "A" << true;
+        QTest::newRow("group") << "A/B" << true;
+        QTest::newRow("General group") << "General/A" << true;
+        QTest::newRow("backslash and blanks") << "A\\B C=D;E" << true;
+        QTest::newRow("empty") << "" << false;
+        QTest::newRow("leading slash") << "/API_VERSION" << false;
+        QTest::newRow("trailing slash") << "A/" << false;
+        QTest::newRow("double slash") << "A//B" << false;
+    }
+
+    // Every key addSystemInfoPair keeps comes back unchanged on the next
+    // start; one the file would give back changed, or under another key's
+    // name, is refused and changes neither the map nor the file.
+    void storableKeys()
+    {
+        QFETCH(QString, key);
+        QFETCH(bool, stored);
+        TestRoot root;
+        System *system = startSystem(System::PT_QUARNEL);
+        const QVariantMap before = system->systemInfo();
+        const QString path = SystemInfoStore::filePath(System::PT_QUARNEL);
+        const QByteArray file = readFile(path);
+
+        LogCapture log;
+        system->addSystemInfoPair(key, "new value");
+        const QString warning = QString("System information key \"%1\" refused: the nvram file cannot keep it (empty, "
+                                        "or a leading, trailing or double slash)")
+                                    .arg(key);
+        QCOMPARE(log.contains(warning, QtWarningMsg), !stored);
+        QCOMPARE(SystemInfoStore::isStorableKey(key), stored);
+        if (!stored) {
+            QCOMPARE(system->systemInfo(), before);
+            QCOMPARE(readFile(path), file);
+            return;
+        }
+        QCOMPARE(info(key), QString("new value"));
+        const QVariantMap saved = system->systemInfo();
+        system = startSystem(System::PT_QUARNEL);
+        QCOMPARE(system->systemInfo(), saved);
     }
 
     void unwritableFolder_data()

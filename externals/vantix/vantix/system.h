@@ -81,7 +81,11 @@ public:
     BootType bootReason() const;
 
     const QVariantMap &systemInfo() const;
-    /// Sets an entry and writes the whole map to the unit's settings file.
+    /**
+     * Sets an entry and writes the whole map to the unit's settings file. A key
+     * the file cannot give back under the same name (empty, or with a leading,
+     * trailing or double "/") is refused with a warning and changes nothing.
+     */
     void addSystemInfoPair(const QString &key, const QString &value);
     /// Removes an entry from the map only; a persisted entry returns on the next start.
     void deleteSystemInfoKey(const QString &key);

@@ -14,11 +14,6 @@
 namespace TQ_SPAPI {
 
 namespace {
-// The entries generated once per unit. A file lacking any of them cannot
-// vouch for the unit's identity.
-const char *const IdentityKeys[] = {
-    "HW_BOARD_ID", "HW_BOARD_REVISION", "TQ_PRODUCT_DATE", "TQ_PRODUCT_ID", "TQ_PRODUCT_SERIAL", "TQ_PRODUCT_UUID"};
-
 // Damaged files kept side by side before we stop keeping more.
 constexpr int MaxKeptCopies = 100;
 
@@ -128,10 +123,34 @@ bool SystemInfoStore::save(const QVariantMap &map, System::PlatformType platform
     return write(map, filePath(platform));
 }
 
+// QSettings files a key under its normalised form: without leading and
+// trailing slashes, and with a run of slashes taken as one. Such a key would
+// be read back under another name, or land on the entry of another key.
+bool SystemInfoStore::isStorableKey(const QString &key)
+{
+    return !key.isEmpty() && !key.startsWith(QLatin1Char('/')) && !key.endsWith(QLatin1Char('/')) &&
+        !key.contains(QLatin1String("//"));
+}
+
+bool SystemInfoStore::add(QVariantMap &map, const QString &key, const QString &value, System::PlatformType platform)
+{
+    if (!isStorableKey(key)) {
+        qWarning().noquote() << QStringLiteral(
+            "System information key \"%1\" refused: the nvram file cannot keep it (empty, or a leading, trailing or "
+            "double slash)")
+                                    .arg(key);
+        return false;
+    }
+    map.insert(key, value);
+    save(map, platform);
+    return true;
+}
+
 // The file is damaged when QSettings cannot read it (AccessError: no read
 // permission, or a folder in its place), when its INI structure is broken
-// (FormatError), or when an identity entry is missing, which is how an empty
-// or truncated file shows. A damaged file is neither trusted nor overwritten.
+// (FormatError), or when it holds no entry at all. Anything else was written
+// for this unit, by us or by hand, and is taken as it stands: a file that
+// lacks some identity entries still keeps the ones it has.
 bool SystemInfoStore::load(const QString &path, QVariantMap &map, const char **damage)
 {
     const QSettings settings(path, QSettings::IniFormat);
@@ -143,16 +162,23 @@ bool SystemInfoStore::load(const QString &path, QVariantMap &map, const char **d
         *damage = "format error";
         return false;
     }
+    QVariantMap entries;
     const QStringList keys = settings.allKeys();
-    for (const char *key : IdentityKeys) {
-        if (!keys.contains(QLatin1String(key))) {
-            *damage = "identity incomplete";
-            return false;
-        }
-    }
     for (const QString &key : keys) {
-        map.insert(key, textOf(settings.value(key)));
+        // value() looks such a key up under another name, so what it returns
+        // belongs to some other line of the file, or to none.
+        if (!isStorableKey(key)) {
+            qWarning().noquote()
+                << QStringLiteral("nvram file \"%1\": entry \"%2\" cannot be read as written; ignored").arg(path, key);
+            continue;
+        }
+        entries.insert(key, textOf(settings.value(key)));
     }
+    if (entries.isEmpty()) {
+        *damage = "no entries";
+        return false;
+    }
+    map.insert(entries);
     return true;
 }
 
@@ -211,8 +237,8 @@ bool SystemInfoStore::write(const QVariantMap &map, const QString &path)
     if (QDir().mkpath(folder)) {
         QSettings settings(path, QSettings::IniFormat);
         for (auto it = map.cbegin(); it != map.cend(); ++it) {
-            // QSettings cannot hold an empty key; such an entry stays in memory only.
-            if (!it.key().isEmpty()) {
+            // Such an entry could never be loaded as it is; it stays in memory only.
+            if (isStorableKey(it.key())) {
                 settings.setValue(it.key(), textOf(it.value()));
             }
         }

@@ -196,11 +196,11 @@ void SystemPrivate::finishFlightModeTransition(bool enabled)
 }
 
 // The whole map goes to the file, per-start entries included; they are
-// refreshed on the next start anyway.
+// refreshed on the next start anyway. A key the file could not give back as
+// it was is refused rather than kept in memory only.
 void SystemPrivate::addSystemInfoPair(const QString &key, const QString &value)
 {
-    systemInfo.insert(key, value);
-    SystemInfoStore::save(systemInfo, platform);
+    SystemInfoStore::add(systemInfo, key, value, platform);
 }
 
 void SystemPrivate::addBattery(IDevice::DeviceId id)

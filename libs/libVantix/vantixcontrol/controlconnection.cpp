@@ -114,34 +114,48 @@ void ControlConnection::read()
     }
 }
 
-void ControlConnection::handleLine(const QByteArray &rawLine)
+ControlConnection::ParsedLine ControlConnection::parseLine(const QByteArray &rawLine)
 {
+    ParsedLine parsed;
     QByteArray line = rawLine;
     if (line.endsWith('\r')) {
         line.chop(1);
     }
     if (line.trimmed().isEmpty()) {
-        return;
+        return parsed;
     }
+    parsed.kind = ParsedLine::Refused;
     if (line.size() > Protocol::MaxLineBytes) {
-        refuse(QJsonValue(), QStringLiteral("a request line may hold at most %1 bytes").arg(Protocol::MaxLineBytes));
-        return;
+        parsed.error = QStringLiteral("a request line may hold at most %1 bytes").arg(Protocol::MaxLineBytes);
+        return parsed;
     }
     if (!isUtf8(line)) {
-        refuse(QJsonValue(), QStringLiteral("a request line must be UTF-8"));
-        return;
+        parsed.error = QStringLiteral("a request line must be UTF-8");
+        return parsed;
     }
     QJsonParseError error;
     const QJsonDocument document = QJsonDocument::fromJson(line, &error);
     if (error.error != QJsonParseError::NoError) {
-        refuse(QJsonValue(), QStringLiteral("not JSON: %1 at offset %2").arg(error.errorString()).arg(error.offset));
-        return;
+        parsed.error = QStringLiteral("not JSON: %1 at offset %2").arg(error.errorString()).arg(error.offset);
+        return parsed;
     }
     if (!document.isObject()) {
-        refuse(QJsonValue(), QStringLiteral("a request is a JSON object"));
-        return;
+        parsed.error = QStringLiteral("a request is a JSON object");
+        return parsed;
     }
-    handleRequest(document.object());
+    parsed.kind = ParsedLine::Request;
+    parsed.request = document.object();
+    return parsed;
+}
+
+void ControlConnection::handleLine(const QByteArray &line)
+{
+    const ParsedLine parsed = parseLine(line);
+    if (parsed.kind == ParsedLine::Refused) {
+        refuse(QJsonValue(), parsed.error);
+    } else if (parsed.kind == ParsedLine::Request) {
+        handleRequest(parsed.request);
+    }
 }
 
 void ControlConnection::handleRequest(const QJsonObject &request)
@@ -190,9 +204,9 @@ void ControlConnection::handleRequest(const QJsonObject &request)
         m_session->setLogEnabled(argument.toBool());
         answer(id, Reply::success());
     } else {
-        // "cancel": false cancels nothing; its lines still run and are answered by the session.
+        // What was running or waiting ends unanswered by the session: it is answered here.
+        // "cancel": false cancels nothing, so what runs keeps its own, single answer.
         if (argument.toBool()) {
-            // What was running or waiting ends unanswered by the session: it is answered here.
             const QList<QJsonValue> cancelled = m_pending;
             m_pending.clear();
             m_session->cancel();

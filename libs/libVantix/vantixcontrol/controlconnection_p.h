@@ -4,12 +4,12 @@
 #include <vantix/vantix_private_export.h>
 
 #include <QByteArray>
+#include <QJsonObject>
 #include <QJsonValue>
 #include <QList>
 #include <QObject>
 #include <QTimer>
 
-class QJsonObject;
 class QLocalSocket;
 
 namespace TQ_SPAPI {
@@ -35,6 +35,21 @@ class VANTIX_PRIVATE_EXPORT ControlConnection : public QObject
 public:
     ControlConnection(QLocalSocket *socket, TQ_SPAPI::System *system, QObject *parent);
     ~ControlConnection() override;
+
+    /// What one request line (without its newline) holds.
+    struct ParsedLine
+    {
+        enum Kind {
+            Blank, ///< nothing but blanks: no answer
+            Refused, ///< answered with @c error and a null id
+            Request, ///< @c request goes on to be run and answered with its id
+        };
+        Kind kind = Blank;
+        QJsonObject request;
+        QString error;
+    };
+    /// How handleLine() reads @p line; the fuzz target predicts the answers with it.
+    static ParsedLine parseLine(const QByteArray &line);
 
     /// Handles one request line (without its newline); public for the fuzz target.
     void handleLine(const QByteArray &line);

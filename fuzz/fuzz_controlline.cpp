@@ -1,0 +1,220 @@
+// Fuzzes the control server's handling of what a client sends: the input,
+// split at newlines, is fed line by line to a connection without a socket,
+// which parses each line as a JSON request and runs its console line in a
+// session of its own, as for a client of vantix-ctl.
+//
+// Each input is one client: a fresh connection, closed at the end with a
+// cancel of its own, after the event loop has run briefly for what waits. So
+// timed commands (wait, ramp, expect ... within) end or are cancelled, and
+// nothing hangs. The System lives on from one input to the next, released and
+// built again every InputsPerSystem inputs, so that state stays bounded.
+//
+// Checks: everything written is one JSON object per line, the greeting is not
+// repeated, and every request is answered exactly once, with its own id (a
+// refused line with a null one). Commands that write a file (record, dump)
+// only run when every argument names a place inside the input's own folder,
+// which is the working folder; other such lines are left out of the input.
+
+#include "controlconnection_p.h"
+#include "fuzzsupport.h"
+#include "session_p.h"
+
+#include <vantix/system.h>
+
+#include <qbcommon/appconfig.h>
+
+#include <QCoreApplication>
+#include <QDir>
+#include <QHash>
+#include <QJsonDocument>
+#include <QJsonObject>
+#include <QTemporaryDir>
+#include <QTimer>
+
+#include <cstddef>
+#include <cstdint>
+
+using namespace TQ_SPAPI;
+using VantixControl::ControlConnection;
+
+namespace {
+constexpr int InputsPerSystem = 256;
+// Lines fed per input; the rest is ignored, so that no input takes long (describe alone takes a while).
+constexpr int MaxLines = 64;
+// How long the event loop runs for the requests still unanswered at the end of an input.
+constexpr int SettleMs = 20;
+const QByteArray FinalCancel = R"({"id":"fuzz:end","cancel":true})";
+
+struct Harness
+{
+    QTemporaryDir root;
+    // libFuzzer reads and writes its corpus relative to it between inputs.
+    QString startFolder = QDir::currentPath();
+    int inputs = 0;
+};
+Harness *harness = nullptr;
+
+void startSystem()
+{
+    System::releaseInstance();
+    SystemPlatformType::type = System::PT_TOLVEX_PLUS;
+    System::instance()->initialize(QStringLiteral("fuzz"));
+}
+
+// The key an answer's id is counted under: the id as compact JSON.
+QByteArray idKey(const QJsonValue &id)
+{
+    return QJsonDocument(QJsonObject{{QStringLiteral("id"), id}}).toJson(QJsonDocument::Compact);
+}
+
+// Whether the console @p line would write a file outside @p folder: a
+// command with a file argument and any argument that leaves the folder.
+bool writesOutside(const QString &line, const QDir &folder)
+{
+    const QString text = line.trimmed();
+    QStringList args;
+    QString error;
+    if (text.isEmpty() || text.startsWith(QLatin1Char('#')) || VantixControl::isDebugCommand(text) ||
+        !VantixControl::tokenize(text, &args, &error) || args.isEmpty()) {
+        return false;
+    }
+    const VantixControl::CommandSpec *command = VantixControl::CommandTable::instance().find(args.first().toLower());
+    bool writes = false;
+    for (int i = 0; command && i < command->arguments.size(); ++i) {
+        writes = writes || command->arguments.at(i).type == QLatin1String("file");
+    }
+    if (!writes) {
+        return false;
+    }
+    const QString inside = folder.absolutePath() + QLatin1Char('/');
+    for (int i = 1; i < args.size(); ++i) {
+        if (!QDir::cleanPath(folder.absoluteFilePath(args.at(i))).startsWith(inside)) {
+            return true;
+        }
+    }
+    return false;
+}
+
+struct Conversation
+{
+    QList<QByteArray> written;
+    QHash<QByteArray, int> expected;
+    int pending = 0;
+
+    // Feeds one line, unless it would write outside @p folder; counts the answer it is owed.
+    void send(ControlConnection &connection, const QByteArray &line, const QDir &folder)
+    {
+        const ControlConnection::ParsedLine parsed = ControlConnection::parseLine(line);
+        QByteArray key = idKey(QJsonValue());
+        if (parsed.kind == ControlConnection::ParsedLine::Blank) {
+            key.clear();
+        } else if (parsed.kind == ControlConnection::ParsedLine::Request) {
+            const QJsonValue console = parsed.request.value(QLatin1String("line"));
+            if (console.isString() && writesOutside(console.toString(), folder)) {
+                return;
+            }
+            const QJsonValue id = parsed.request.value(QLatin1String("id"));
+            if (!id.isUndefined()) {
+                key = idKey(id);
+            }
+        }
+        if (!key.isEmpty()) {
+            ++expected[key];
+            ++pending;
+        }
+        connection.handleLine(line);
+    }
+
+    // Answers written so far, by id.
+    QHash<QByteArray, int> answers() const
+    {
+        QHash<QByteArray, int> counts;
+        for (const QByteArray &line : written) {
+            const QJsonObject object = QJsonDocument::fromJson(line).object();
+            if (object.contains(QLatin1String("id"))) {
+                ++counts[idKey(object.value(QLatin1String("id")))];
+            }
+        }
+        return counts;
+    }
+
+    int answered() const
+    {
+        int count = 0;
+        for (const int n : answers()) {
+            count += n;
+        }
+        return count;
+    }
+};
+
+QString describe(const QHash<QByteArray, int> &counts)
+{
+    QStringList parts;
+    for (auto it = counts.cbegin(); it != counts.cend(); ++it) {
+        parts << QStringLiteral("%1 x%2").arg(QString::fromUtf8(it.key())).arg(it.value());
+    }
+    parts.sort();
+    return parts.join(QLatin1String(", "));
+}
+} // namespace
+
+extern "C" int LLVMFuzzerInitialize(int *argc, char ***argv)
+{
+    FuzzSupport::startApplication(argc, argv);
+    // No socket: the connections are fed directly.
+    qputenv("VANTIX_CONTROL", "off");
+    harness = new Harness;
+    FuzzSupport::removeAtExit(harness->root.path());
+    AppConfig::instance()->setRootPath(harness->root.filePath(QStringLiteral("unit")));
+    AppConfig::instance()->setArguments(QStringList{QStringLiteral("fuzz")});
+    startSystem();
+    return 0;
+}
+
+extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
+{
+    if (++harness->inputs % InputsPerSystem == 0) {
+        startSystem();
+    }
+    // Files the commands write land in a folder of the input's own, removed after it.
+    const QDir folder(harness->root.filePath(QStringLiteral("client")));
+    FuzzSupport::check(folder.mkpath(QStringLiteral(".")) && QDir::setCurrent(folder.path()), "no working folder");
+
+    Conversation conversation;
+    {
+        ControlConnection connection(nullptr, System::instance(), nullptr);
+        QObject::connect(&connection, &ControlConnection::lineWritten,
+            [&conversation](const QByteArray &line) { conversation.written.append(line); });
+
+        const QByteArray input(reinterpret_cast<const char *>(data), int(size));
+        const QList<QByteArray> lines = input.split('\n');
+        for (int i = 0; i < qMin(lines.size(), MaxLines); ++i) {
+            conversation.send(connection, lines.at(i), folder);
+            QCoreApplication::processEvents();
+        }
+        // The timer wakes the loop when nothing else would.
+        QTimer settled;
+        settled.setSingleShot(true);
+        settled.start(SettleMs);
+        while (conversation.answered() < conversation.pending && settled.isActive()) {
+            QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents);
+        }
+        conversation.send(connection, FinalCancel, folder);
+    }
+    QDir::setCurrent(harness->startFolder);
+    QDir(folder).removeRecursively();
+
+    for (const QByteArray &line : qAsConst(conversation.written)) {
+        QJsonParseError error;
+        const QJsonDocument document = QJsonDocument::fromJson(line, &error);
+        FuzzSupport::check(error.error == QJsonParseError::NoError && document.isObject() && !line.contains('\n'),
+            "written line is not one JSON object:", QString::fromUtf8(line.left(200)));
+        // The greeting went out before the connection could be listened to; it comes once.
+        FuzzSupport::check(!document.object().contains(QLatin1String("vantix")), "greeting repeated");
+    }
+    const QHash<QByteArray, int> answers = conversation.answers();
+    FuzzSupport::check(answers == conversation.expected, "answers by id differ from the requests:",
+        QStringLiteral("answered %1; asked %2").arg(describe(answers), describe(conversation.expected)));
+    return 0;
+}
