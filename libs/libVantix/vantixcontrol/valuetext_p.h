@@ -49,6 +49,8 @@ VANTIX_PRIVATE_EXPORT QObject *objectOf(const QVariant &value);
 /// Whether values of @p typeId hold a QObject (pointer or smart pointer).
 VANTIX_PRIVATE_EXPORT bool holdsObject(int typeId);
 /// Whether @p typeId is one of the built-in integer types.
+/// Whether @p className is @p scope or ends in "::scope"; an empty scope matches any.
+VANTIX_PRIVATE_EXPORT bool inScope(const QByteArray &className, const QByteArray &scope);
 VANTIX_PRIVATE_EXPORT bool isIntegral(int typeId);
 VANTIX_PRIVATE_EXPORT bool isNumeric(int typeId);
 
