@@ -78,7 +78,7 @@ bool writesOutside(const QString &line, const QDir &folder)
         !VantixControl::tokenize(text, &args, &error) || args.isEmpty()) {
         return false;
     }
-    const VantixControl::CommandSpec *command = VantixControl::CommandTable::instance().find(args.first().toLower());
+    const VantixControl::CommandEntry *command = VantixControl::CommandTable::instance().find(args.first().toLower());
     bool writes = false;
     for (int i = 0; command && i < command->arguments.size(); ++i) {
         writes = writes || command->arguments.at(i).type == QLatin1String("file");
