@@ -267,6 +267,19 @@ private Q_SLOTS:
             QString("Failed"));
     }
 
+    void aClientIsGreetedOnceTheApplicationIsReady()
+    {
+        // Connected the moment the socket is there, long before the application's apiReady.
+        const QString socket = startApp({}, {}, false);
+        QVERIFY(QTest::qWaitFor([&socket] { return QFileInfo::exists(socket); }, 10000));
+        RawClient early;
+        QVERIFY(early.open(socket));
+        // By the greeting the application watches its battery, so it reacts to the first change.
+        QCOMPARE(early.ask(1, "setbatteryfuel,1,10").value("text").toString(), QString("OK"));
+        QTRY_VERIFY(m_output.contains("example-app: battery critical"));
+        QVERIFY(m_output.indexOf("example-app: ready") < m_output.indexOf("example-app: battery at 10 %"));
+    }
+
     void anotherProtocolVersionIsRefused()
     {
         // A server from a later release, as far as its greeting goes.

@@ -84,6 +84,11 @@ ControlServer::ControlServer(System *system, QObject *parent)
     // Only this user may connect: the socket itself, besides the folder and the peer check.
     m_server->setSocketOptions(QLocalServer::UserAccessOption);
     connect(m_server, &QLocalServer::newConnection, this, &ControlServer::accept);
+    // Connections made before wait in the server's queue until then.
+    connect(system, &System::apiReady, this, [this] {
+        m_ready = true;
+        accept();
+    });
 }
 
 ControlServer::~ControlServer()
@@ -129,6 +134,9 @@ int ControlServer::clientCount() const
 
 void ControlServer::accept()
 {
+    if (!m_ready) {
+        return;
+    }
     while (QLocalSocket *socket = m_server->nextPendingConnection()) {
         const qint64 uid = peerUid(socket->socketDescriptor());
         if (uid != qint64(::geteuid())) {

@@ -22,6 +22,10 @@ namespace VantixControl {
  *
  * VANTIX_CONTROL=off keeps it off; VANTIX_CONTROL=<absolute path> puts the
  * socket there instead of the per-user folder.
+ *
+ * The socket is there from initialize() on, but a client is greeted only once
+ * the System has sent apiReady: an application sets itself up in its apiReady
+ * slots, and a change made before then would go unnoticed by it.
  */
 class VANTIX_PRIVATE_EXPORT ControlServer : public QObject
 {
@@ -42,6 +46,7 @@ private:
 
     QPointer<TQ_SPAPI::System> m_system;
     QLocalServer *m_server;
+    bool m_ready = false;
 };
 
 } // namespace VantixControl
