@@ -1,8 +1,35 @@
 #include "appselector.h"
 
+#include <QCommandLineOption>
+#include <QCommandLineParser>
 #include <QStringList>
 
 using VantixControl::Client;
+
+QList<QCommandLineOption> AppSelector::options()
+{
+    return {QCommandLineOption(
+                QStringLiteral("pid"), QStringLiteral("The application with this process id."), QStringLiteral("pid")),
+        QCommandLineOption(
+            QStringLiteral("app"), QStringLiteral("The application with this name."), QStringLiteral("name")),
+        QCommandLineOption(
+            QStringLiteral("socket"), QStringLiteral("The application serving this socket."), QStringLiteral("path"))};
+}
+
+bool AppSelector::fromParser(const QCommandLineParser &parser, AppSelector *selector, QString *error)
+{
+    selector->name = parser.value(QStringLiteral("app"));
+    selector->socketPath = parser.value(QStringLiteral("socket"));
+    if (parser.isSet(QStringLiteral("pid"))) {
+        bool ok = false;
+        selector->pid = parser.value(QStringLiteral("pid")).toLongLong(&ok);
+        if (!ok || selector->pid <= 0) {
+            *error = QStringLiteral("--pid needs a process id, not \"%1\"").arg(parser.value(QStringLiteral("pid")));
+            return false;
+        }
+    }
+    return true;
+}
 
 QStringList AppSelector::table(const QList<Client::Application> &applications)
 {

@@ -3,9 +3,13 @@
 
 #include <vantixcontrol/client.h>
 
+#include <QList>
 #include <QString>
 
 #include <functional>
+
+class QCommandLineOption;
+class QCommandLineParser;
 
 /// Which running application a tool talks to: by pid, by name, by socket, or the only one.
 struct AppSelector
@@ -21,6 +25,11 @@ struct AppSelector
      * the reason none or several match.
      */
     void resolve(const std::function<void(const QString &socketPath, const QString &error)> &done) const;
+
+    /// The --pid, --app and --socket options every tool offers.
+    static QList<QCommandLineOption> options();
+    /// The selector of a parsed command line; false, with @p error, for a --pid that is no process id.
+    static bool fromParser(const QCommandLineParser &parser, AppSelector *selector, QString *error);
 
     /// One line per application: pid, name, platform, socket.
     static QStringList table(const QList<VantixControl::Client::Application> &applications);

@@ -30,12 +30,6 @@ int main(int argc, char *argv[])
     parser.addVersionOption();
     // "set gadget level -5": words after the command are the command's, dashes and all.
     parser.setOptionsAfterPositionalArgumentsMode(QCommandLineParser::ParseAsPositionalArguments);
-    const QCommandLineOption pidOption(
-        QStringLiteral("pid"), QStringLiteral("The application with this process id."), QStringLiteral("pid"));
-    const QCommandLineOption appOption(
-        QStringLiteral("app"), QStringLiteral("The application with this name."), QStringLiteral("name"));
-    const QCommandLineOption socketOption(
-        QStringLiteral("socket"), QStringLiteral("The application serving this socket."), QStringLiteral("path"));
     const QCommandLineOption scriptOption(QStringLiteral("script"),
         QStringLiteral("Run the commands of <file> (- for standard input)."), QStringLiteral("file"));
     const QCommandLineOption watchOption(QStringLiteral("watch"), QStringLiteral("Show the live event log."));
@@ -49,8 +43,8 @@ int main(int argc, char *argv[])
         QStringLiteral("describe"), QStringLiteral("Print the application's schema: commands, devices, properties."));
     const QCommandLineOption completeOption(
         QStringLiteral("complete"), QStringLiteral("Print what may follow the given words (for shell completion)."));
-    parser.addOptions({pidOption, appOption, socketOption, scriptOption, watchOption, logOption, jsonOption,
-        quietOption, describeOption, completeOption});
+    parser.addOptions(AppSelector::options());
+    parser.addOptions({scriptOption, watchOption, logOption, jsonOption, quietOption, describeOption, completeOption});
     parser.addPositionalArgument(
         QStringLiteral("command"), QStringLiteral("A console command, or list."), QStringLiteral("[COMMAND...]"));
     parser.process(app);
@@ -60,16 +54,10 @@ int main(int argc, char *argv[])
     options.json = parser.isSet(jsonOption);
     options.quiet = parser.isSet(quietOption);
     options.log = parser.isSet(logOption);
-    options.selector.name = parser.value(appOption);
-    options.selector.socketPath = parser.value(socketOption);
-    if (parser.isSet(pidOption)) {
-        bool ok = false;
-        options.selector.pid = parser.value(pidOption).toLongLong(&ok);
-        if (!ok || options.selector.pid <= 0) {
-            std::fprintf(
-                stderr, "vantix-ctl: --pid needs a process id, not \"%s\"\n", qPrintable(parser.value(pidOption)));
-            return 2;
-        }
+    QString error;
+    if (!AppSelector::fromParser(parser, &options.selector, &error)) {
+        std::fprintf(stderr, "vantix-ctl: %s\n", qPrintable(error));
+        return 2;
     }
 
     if (parser.isSet(completeOption)) {

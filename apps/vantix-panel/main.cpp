@@ -45,32 +45,21 @@ int main(int argc, char *argv[])
                        "with a selector. The window can also start vantix-sim for a platform and attach to it."));
     parser.addHelpOption();
     parser.addVersionOption();
-    const QCommandLineOption pidOption(
-        QStringLiteral("pid"), QStringLiteral("The application with this process id."), QStringLiteral("pid"));
-    const QCommandLineOption appOption(
-        QStringLiteral("app"), QStringLiteral("The application with this name."), QStringLiteral("name"));
-    const QCommandLineOption socketOption(
-        QStringLiteral("socket"), QStringLiteral("The application serving this socket."), QStringLiteral("path"));
     const QCommandLineOption tabOption(QStringLiteral("tab"),
         QStringLiteral("Open on this page: power, network, peripherals, storage, wifi-direct, devices, log."),
         QStringLiteral("page"));
     const QCommandLineOption screenshotOption(QStringLiteral("screenshot"),
         QStringLiteral("Save a PNG picture of the window once it is attached, and quit (3 when it cannot)."),
         QStringLiteral("file"));
-    parser.addOptions({pidOption, appOption, socketOption, tabOption, screenshotOption});
+    parser.addOptions(AppSelector::options());
+    parser.addOptions({tabOption, screenshotOption});
     parser.process(app);
 
     AppSelector selector;
-    selector.name = parser.value(appOption);
-    selector.socketPath = parser.value(socketOption);
-    if (parser.isSet(pidOption)) {
-        bool ok = false;
-        selector.pid = parser.value(pidOption).toLongLong(&ok);
-        if (!ok || selector.pid <= 0) {
-            std::fprintf(
-                stderr, "vantix-panel: --pid needs a process id, not \"%s\"\n", qPrintable(parser.value(pidOption)));
-            return 2;
-        }
+    QString error;
+    if (!AppSelector::fromParser(parser, &selector, &error)) {
+        std::fprintf(stderr, "vantix-panel: %s\n", qPrintable(error));
+        return 2;
     }
 
     PanelWindow window;

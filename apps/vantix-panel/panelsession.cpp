@@ -78,14 +78,14 @@ QJsonObject PanelSession::property(const QString &target, const QString &name) c
     return QJsonObject();
 }
 
+QJsonObject PanelSession::enumOf(const QString &type) const
+{
+    return m_schema.value(QLatin1String("enums")).toObject().value(type).toObject();
+}
+
 QStringList PanelSession::enumKeys(const QString &type) const
 {
-    const QJsonObject keys = m_schema.value(QLatin1String("enums"))
-                                 .toObject()
-                                 .value(type)
-                                 .toObject()
-                                 .value(QLatin1String("keys"))
-                                 .toObject();
+    const QJsonObject keys = enumOf(type).value(QLatin1String("keys")).toObject();
     QList<QPair<int, QString>> sorted;
     for (auto it = keys.begin(); it != keys.end(); ++it) {
         sorted.append({it.value().toInt(), it.key()});
@@ -101,22 +101,12 @@ QStringList PanelSession::enumKeys(const QString &type) const
 
 bool PanelSession::isFlagEnum(const QString &type) const
 {
-    return m_schema.value(QLatin1String("enums"))
-        .toObject()
-        .value(type)
-        .toObject()
-        .value(QLatin1String("flag"))
-        .toBool();
+    return enumOf(type).value(QLatin1String("flag")).toBool();
 }
 
 int PanelSession::enumValue(const QString &type, const QString &key) const
 {
-    const QJsonObject keys = m_schema.value(QLatin1String("enums"))
-                                 .toObject()
-                                 .value(type)
-                                 .toObject()
-                                 .value(QLatin1String("keys"))
-                                 .toObject();
+    const QJsonObject keys = enumOf(type).value(QLatin1String("keys")).toObject();
     return keys.contains(key) ? keys.value(key).toInt() : -1;
 }
 

@@ -76,6 +76,9 @@ Q_SIGNALS:
     void answered(const QString &line, const VantixControl::Reply &reply);
 
 private:
+    /// The schema's entry for enum or flags @p type (keys, flag), empty when it has none.
+    QJsonObject enumOf(const QString &type) const;
+
     void loadSchema();
     void loadValues(const QString &target);
     void refresh(const QString &target, const QString &property);
