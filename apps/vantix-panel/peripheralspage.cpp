@@ -134,14 +134,26 @@ QGroupBox *PeripheralsPage::displayBox()
 
 void PeripheralsPage::rebuildLeds()
 {
+    QStringList names;
+    for (const QString &name : m_session->targetNames()) {
+        if (isLed(m_session->target(name))) {
+            names.append(name);
+        }
+    }
+    // A new schema with the same LEDs (after a hot-plug elsewhere) keeps their views: no flicker.
+    QStringList sorted = names;
+    sorted.sort();
+    if (!m_leds.isEmpty() && sorted == m_leds.keys()) {
+        for (const QString &name : names) {
+            updateLed(name);
+        }
+        return;
+    }
     auto *layout = static_cast<QGridLayout *>(m_ledBox->layout());
     clearLayout(layout);
     m_leds.clear();
     int row = 0;
-    for (const QString &name : m_session->targetNames()) {
-        if (!isLed(m_session->target(name))) {
-            continue;
-        }
+    for (const QString &name : names) {
         auto *view = new LedView(m_ledBox);
         m_leds.insert(name, view);
         layout->addWidget(view, row, 0);
