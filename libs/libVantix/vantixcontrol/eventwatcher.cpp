@@ -1,7 +1,7 @@
 #include "eventwatcher_p.h"
 
 #include "devicenames_p.h"
-#include "inspector_p.h"
+#include "reflection_p.h"
 #include "systemprivate_p.h"
 
 #include <vantix/system.h>
@@ -55,7 +55,7 @@ namespace {
 // A peer is best known by its bssid: the first constant text property that is set.
 QString identityOf(const QObject *object)
 {
-    for (const QMetaProperty &p : Inspector::properties(object->metaObject())) {
+    for (const QMetaProperty &p : Reflection::properties(object->metaObject())) {
         if (p.isConstant() && p.userType() == QMetaType::QString) {
             const QString value = p.read(object).toString();
             if (!value.isEmpty()) {
@@ -77,7 +77,7 @@ bool isPlainPointer(int typeId)
 // Whether an object's properties may hold further objects.
 bool hasObjectProperties(const QMetaObject *metaObject)
 {
-    for (const QMetaProperty &p : Inspector::properties(metaObject)) {
+    for (const QMetaProperty &p : Reflection::properties(metaObject)) {
         if (ValueText::holdsObject(p.userType()) || isPlainPointer(p.userType())) {
             return true;
         }
@@ -99,12 +99,12 @@ bool EventWatcher::isInterfaceObject(const QObject *object)
 {
     static const QRegularExpression interfaceName(QStringLiteral("^I[A-Z][A-Za-z0-9]*$"));
     return object && !qobject_cast<const IDevice *>(object) &&
-        interfaceName.match(Inspector::shortClassName(object)).hasMatch();
+        interfaceName.match(Reflection::shortClassName(object)).hasMatch();
 }
 
 QString EventWatcher::aliasOf(const QObject *object)
 {
-    return Inspector::shortClassName(object).mid(1).toLower();
+    return Reflection::shortClassName(object).mid(1).toLower();
 }
 
 void EventWatcher::start()
@@ -136,7 +136,7 @@ void EventWatcher::watchFrom(QObject *object, const QString &name, QObject *root
     entry.fixedName = name;
     entry.root = qobject_cast<IDevice *>(object) || object == m_system ? object : root;
     if (name.isEmpty() && !qobject_cast<IDevice *>(object)) {
-        entry.serial = ++m_serials[Inspector::shortClassName(object)];
+        entry.serial = ++m_serials[Reflection::shortClassName(object)];
     }
     entry.relay = new SignalRelay(this, object);
     entry.mayReach = hasObjectProperties(object->metaObject());
@@ -181,11 +181,11 @@ QString EventWatcher::nameOf(const QObject *object) const
         return DeviceNames::name(device->id());
     }
     if (it->root == m_system) {
-        return Inspector::shortClassName(object);
+        return Reflection::shortClassName(object);
     }
     const QString identity = identityOf(object);
-    return identity.isEmpty() ? QStringLiteral("%1#%2").arg(Inspector::shortClassName(object)).arg(it->serial)
-                              : QStringLiteral("%1(%2)").arg(Inspector::shortClassName(object), identity);
+    return identity.isEmpty() ? QStringLiteral("%1#%2").arg(Reflection::shortClassName(object)).arg(it->serial)
+                              : QStringLiteral("%1(%2)").arg(Reflection::shortClassName(object), identity);
 }
 
 QObject *EventWatcher::find(const QString &name) const
@@ -238,7 +238,7 @@ QObject *EventWatcher::knownObject(const void *address, QObject *root) const
 // Everything an object leads to: QObjects held by its properties, and interface objects among its children.
 void EventWatcher::scanReachable(QObject *object, QObject *root)
 {
-    for (const QMetaProperty &p : Inspector::properties(object->metaObject())) {
+    for (const QMetaProperty &p : Reflection::properties(object->metaObject())) {
         const int typeId = p.userType();
         if (!p.isReadable()) {
             continue;

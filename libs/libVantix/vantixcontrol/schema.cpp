@@ -4,7 +4,7 @@
 #include "devicenames_p.h"
 #include "effects_p.h"
 #include "eventwatcher_p.h"
-#include "inspector_p.h"
+#include "reflection_p.h"
 #include "keynames_p.h"
 #include "protocol.h"
 #include "targets_p.h"
@@ -65,14 +65,14 @@ QJsonObject describeWithEnums(const QObject *object, const QString &name, const 
     }
 
     QJsonArray properties;
-    for (const QMetaProperty &p : Inspector::properties(metaObject)) {
-        const QMetaEnum e = Inspector::enumOf(object, p);
+    for (const QMetaProperty &p : Reflection::properties(metaObject)) {
+        const QMetaEnum e = Reflection::enumOf(object, p);
         if (e.isValid()) {
             enums->insert(QString::fromLatin1(e.name()), e);
         }
         const Effect effect = effectOf(metaObject, p.name());
         QJsonObject property{{QStringLiteral("name"), QString::fromLatin1(p.name())},
-            {QStringLiteral("type"), Inspector::propertyType(object, p)},
+            {QStringLiteral("type"), Reflection::propertyType(object, p)},
             // A setter that does nothing is not offered as writable.
             {QStringLiteral("writable"), p.isWritable() && effect.kind != Effect::None},
             {QStringLiteral("notify"), p.hasNotifySignal() ? QString::fromLatin1(p.notifySignal().name()) : QString()}};
@@ -90,12 +90,12 @@ QJsonObject describeWithEnums(const QObject *object, const QString &name, const 
     result.insert(QStringLiteral("properties"), properties);
 
     QJsonArray methods;
-    for (const QMetaMethod &m : Inspector::callableMethods(metaObject)) {
+    for (const QMetaMethod &m : Reflection::callableMethods(metaObject)) {
         const Effect effect = effectOf(metaObject, m.name());
         QJsonObject method{{QStringLiteral("name"), QString::fromLatin1(m.name())},
-            {QStringLiteral("signature"), Inspector::methodText(m)},
+            {QStringLiteral("signature"), Reflection::methodText(m)},
             {QStringLiteral("arguments"), argumentsOf(m, metaObject, enums)},
-            {QStringLiteral("returns"), Inspector::shortType(m.typeName())}};
+            {QStringLiteral("returns"), Reflection::shortType(m.typeName())}};
         if (effect.kind != Effect::Normal) {
             method.insert(QStringLiteral("effect"), effect.name());
             method.insert(QStringLiteral("hint"), effect.hint);
@@ -105,9 +105,9 @@ QJsonObject describeWithEnums(const QObject *object, const QString &name, const 
     result.insert(QStringLiteral("methods"), methods);
 
     QJsonArray signalList;
-    for (const QMetaMethod &m : Inspector::signalMethods(metaObject)) {
+    for (const QMetaMethod &m : Reflection::signalMethods(metaObject)) {
         signalList.append(QJsonObject{{QStringLiteral("name"), QString::fromLatin1(m.name())},
-            {QStringLiteral("signature"), Inspector::methodText(m)},
+            {QStringLiteral("signature"), Reflection::methodText(m)},
             {QStringLiteral("arguments"), argumentsOf(m, metaObject, enums)}});
     }
     result.insert(QStringLiteral("signals"), signalList);
@@ -182,7 +182,7 @@ QJsonObject Schema::describe(System *system, const EventWatcher *watcher)
     for (QObject *object : others) {
         QString name = watcher ? watcher->nameOf(object) : QString();
         targets.append(describeWithEnums(
-            object, name.isEmpty() ? Inspector::shortClassName(object) : name, watcher, false, &enums));
+            object, name.isEmpty() ? Reflection::shortClassName(object) : name, watcher, false, &enums));
     }
 
     const QMetaEnum types = QMetaEnum::fromType<IDevice::DeviceType>();

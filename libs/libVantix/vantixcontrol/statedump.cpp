@@ -2,7 +2,7 @@
 
 #include "devicenames_p.h"
 #include "eventwatcher_p.h"
-#include "inspector_p.h"
+#include "reflection_p.h"
 #include "valuetext_p.h"
 
 #include <vantix/system.h>
@@ -16,10 +16,10 @@ namespace VantixControl {
 QJsonObject StateDump::properties(const QObject *object, const ObjectNamer *namer)
 {
     QJsonObject result;
-    for (const QMetaProperty &p : Inspector::properties(object->metaObject())) {
+    for (const QMetaProperty &p : Reflection::properties(object->metaObject())) {
         if (p.isReadable()) {
             result.insert(
-                QString::fromLatin1(p.name()), ValueText::toJson(p.read(object), Inspector::enumOf(object, p), namer));
+                QString::fromLatin1(p.name()), ValueText::toJson(p.read(object), Reflection::enumOf(object, p), namer));
         }
     }
     return result;
@@ -56,7 +56,7 @@ QJsonObject StateDump::build(System *system, const EventWatcher *watcher)
     for (const QObject *object : others) {
         QString name = watcher ? watcher->nameOf(object) : QString();
         if (name.isEmpty()) {
-            name = Inspector::shortClassName(object);
+            name = Reflection::shortClassName(object);
         }
         QJsonObject entry;
         entry.insert(QStringLiteral("class"), QString::fromLatin1(object->metaObject()->className()));

@@ -2,7 +2,7 @@
 
 #include "devicenames_p.h"
 #include "eventwatcher_p.h"
-#include "inspector_p.h"
+#include "reflection_p.h"
 
 #include <vantix/system.h>
 
@@ -52,9 +52,9 @@ bool Targets::resolve(System *system, const EventWatcher *watcher, const QString
     // The interface objects System owns, also before they are watched.
     for (QObject *child : systemObjects(system)) {
         if (EventWatcher::aliasOf(child) == name.toLower() ||
-            Inspector::shortClassName(child).compare(name, Qt::CaseInsensitive) == 0) {
+            Reflection::shortClassName(child).compare(name, Qt::CaseInsensitive) == 0) {
             target->object = child;
-            target->name = Inspector::shortClassName(child);
+            target->name = Reflection::shortClassName(child);
             return true;
         }
     }

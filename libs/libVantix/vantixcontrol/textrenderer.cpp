@@ -1,7 +1,7 @@
 #include "textrenderer_p.h"
 
 #include "devicenames_p.h"
-#include "inspector_p.h"
+#include "reflection_p.h"
 #include "valuetext_p.h"
 
 #include <vantix/system.h>
@@ -25,7 +25,7 @@ QJsonArray TextRenderer::deviceRows(System *system, const ObjectNamer *namer)
             {QStringLiteral("name"), DeviceNames::name(device->id())},
             {QStringLiteral("number"), int(device->id())},
             {QStringLiteral("alias"), DeviceNames::alias(device->id())},
-            {QStringLiteral("class"), Inspector::shortClassName(device.data())},
+            {QStringLiteral("class"), Reflection::shortClassName(device.data())},
             {QStringLiteral("status"), ValueText::enumText(flags, int(device->status()))},
             {QStringLiteral("type"), ValueText::enumText(types, int(device->type()))},
         });

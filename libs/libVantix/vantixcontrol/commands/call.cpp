@@ -3,7 +3,7 @@
 #include "commandtable_p.h"
 #include "effects_p.h"
 #include "eventwatcher_p.h"
-#include "inspector_p.h"
+#include "reflection_p.h"
 #include "session_p.h"
 #include "valuetext_p.h"
 
@@ -24,7 +24,7 @@ Reply call(Invocation &invocation)
         return Reply::failure(ErrorClass::UnknownTarget, error);
     }
     const QMetaObject *metaObject = target.object->metaObject();
-    const QList<QMetaMethod> methods = Inspector::callableMethods(metaObject);
+    const QList<QMetaMethod> methods = Reflection::callableMethods(metaObject);
     QList<QMetaMethod> named;
     for (const Qt::CaseSensitivity cs : {Qt::CaseSensitive, Qt::CaseInsensitive}) {
         for (const QMetaMethod &m : methods) {
@@ -39,7 +39,7 @@ Reply call(Invocation &invocation)
     if (named.isEmpty()) {
         QStringList names;
         for (const QMetaMethod &m : methods) {
-            names.append(Inspector::methodText(m));
+            names.append(Reflection::methodText(m));
         }
         return Reply::failure(ErrorClass::UnknownTarget,
             QStringLiteral("%1 has no method \"%2\"; it has %3")
@@ -60,7 +60,7 @@ Reply call(Invocation &invocation)
     QStringList overloads;
     QString conversionError;
     for (const QMetaMethod &m : named) {
-        overloads.append(Inspector::methodText(m));
+        overloads.append(Reflection::methodText(m));
         if (m.parameterCount() != values.size()) {
             continue;
         }
@@ -75,7 +75,8 @@ Reply call(Invocation &invocation)
             if (convertible) {
                 converted.append(v);
             } else if (conversionError.isEmpty()) {
-                conversionError = QStringLiteral("argument %1 of %2: %3").arg(i + 1).arg(Inspector::methodText(m), why);
+                conversionError =
+                    QStringLiteral("argument %1 of %2: %3").arg(i + 1).arg(Reflection::methodText(m), why);
             }
         }
         if (!convertible) {
@@ -96,7 +97,7 @@ Reply call(Invocation &invocation)
         if (!m.invoke(target.object, Qt::DirectConnection, returnArgument, arguments[0], arguments[1], arguments[2],
                 arguments[3], arguments[4], arguments[5], arguments[6], arguments[7], arguments[8], arguments[9])) {
             return Reply::failure(
-                ErrorClass::Failed, QStringLiteral("%1 could not be called").arg(Inspector::methodText(m)));
+                ErrorClass::Failed, QStringLiteral("%1 could not be called").arg(Reflection::methodText(m)));
         }
         if (effect.kind == Effect::TraceOnly) {
             return Reply::failure(ErrorClass::Failed,

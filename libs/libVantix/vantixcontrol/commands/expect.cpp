@@ -4,7 +4,7 @@
 #include "commandtable_p.h"
 #include "devicenames_p.h"
 #include "eventwatcher_p.h"
-#include "inspector_p.h"
+#include "reflection_p.h"
 #include "session_p.h"
 #include "timedjob_p.h"
 #include "valuetext_p.h"
@@ -177,7 +177,7 @@ void expect(Invocation &invocation, const Done &done)
             if (!session.resolve(targetName, &t, &e)) {
                 return false;
             }
-            if (!Inspector::hasSignal(t.object->metaObject(), signal)) {
+            if (!Reflection::hasSignal(t.object->metaObject(), signal)) {
                 *fatal = Reply::failure(ErrorClass::UnknownTarget,
                     QStringLiteral("%1 has no signal \"%2\"").arg(t.name, QString::fromLatin1(signal)));
                 return false;
@@ -214,11 +214,11 @@ void expect(Invocation &invocation, const Done &done)
                 return false;
             }
             QMetaProperty p;
-            if (!Inspector::findProperty(t.object, t.name, propertyName, &p, &e)) {
+            if (!Reflection::findProperty(t.object, t.name, propertyName, &p, &e)) {
                 *fatal = Reply::failure(ErrorClass::UnknownTarget, e);
                 return false;
             }
-            const QMetaEnum enumerator = Inspector::enumOf(t.object, p);
+            const QMetaEnum enumerator = Reflection::enumOf(t.object, p);
             QVariant expected;
             if (!ValueText::parse(expectedText, p.userType(), QByteArray(p.typeName()), enumerator, &expected, &e)) {
                 *fatal = Reply::failure(

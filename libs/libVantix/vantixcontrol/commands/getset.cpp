@@ -3,7 +3,7 @@
 #include "commandtable_p.h"
 #include "effects_p.h"
 #include "eventwatcher_p.h"
-#include "inspector_p.h"
+#include "reflection_p.h"
 #include "session_p.h"
 #include "valuetext_p.h"
 
@@ -14,7 +14,7 @@ bool findTargetProperty(Invocation &invocation, Target *target, QMetaProperty *p
 {
     QString error;
     if (!invocation.session.resolve(invocation.args.at(0), target, &error) ||
-        !Inspector::findProperty(target->object, target->name, invocation.args.at(1), property, &error)) {
+        !Reflection::findProperty(target->object, target->name, invocation.args.at(1), property, &error)) {
         *failure = Reply::failure(ErrorClass::UnknownTarget, error);
         return false;
     }
@@ -32,11 +32,11 @@ Reply get(Invocation &invocation)
     if (!findTargetProperty(invocation, &target, &property, &failure)) {
         return failure;
     }
-    const QMetaEnum e = Inspector::enumOf(target.object, property);
+    const QMetaEnum e = Reflection::enumOf(target.object, property);
     const QVariant value = property.read(target.object);
     const ObjectNamer *namer = invocation.session.watcher;
     return Reply::success(ValueText::format(value, e, namer))
-        .withValue(Inspector::propertyType(target.object, property), ValueText::toJson(value, e, namer));
+        .withValue(Reflection::propertyType(target.object, property), ValueText::toJson(value, e, namer));
 }
 
 Reply set(Invocation &invocation)
@@ -60,7 +60,7 @@ Reply set(Invocation &invocation)
         return Reply::failure(ErrorClass::Failed,
             QStringLiteral("%1: its setter has no effect in this build; %2").arg(label, effect.hint));
     }
-    const QMetaEnum e = Inspector::enumOf(target.object, property);
+    const QMetaEnum e = Reflection::enumOf(target.object, property);
     QVariant value;
     QString error;
     if (!ValueText::parse(

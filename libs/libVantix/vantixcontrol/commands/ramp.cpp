@@ -3,7 +3,7 @@
 
 #include "commandtable_p.h"
 #include "effects_p.h"
-#include "inspector_p.h"
+#include "reflection_p.h"
 #include "session_p.h"
 #include "timedjob_p.h"
 #include "valuetext_p.h"
@@ -98,7 +98,7 @@ void ramp(Invocation &invocation, const Done &done)
                     double value) { return runDebugCommand(what + QLatin1Char(',') + numberText(value, integral)); };
     } else {
         QMetaProperty property;
-        if (!Inspector::findProperty(target.object, target.name, what, &property, &error)) {
+        if (!Reflection::findProperty(target.object, target.name, what, &property, &error)) {
             done(Reply::failure(ErrorClass::UnknownTarget, error));
             return;
         }

@@ -1,5 +1,5 @@
-#ifndef VANTIXCONTROL_INSPECTOR_P_H
-#define VANTIXCONTROL_INSPECTOR_P_H
+#ifndef VANTIXCONTROL_REFLECTION_P_H
+#define VANTIXCONTROL_REFLECTION_P_H
 
 #include <vantix/vantix_private_export.h>
 
@@ -21,7 +21,7 @@ class ObjectNamer;
  * properties, the methods a user may call and the signals it sends. Nothing
  * here knows a device class, so a new one is inspected like the others.
  */
-namespace Inspector {
+namespace Reflection {
 
 /// "IBattery" for TQ_SPAPI::IBattery.
 VANTIX_PRIVATE_EXPORT QString shortClassName(const QObject *object);
@@ -49,7 +49,7 @@ VANTIX_PRIVATE_EXPORT QString propertyText(
 /// "int", "DeviceFlags", "QString": the type of a property as replies and schemas give it.
 VANTIX_PRIVATE_EXPORT QString propertyType(const QObject *object, const QMetaProperty &property);
 
-} // namespace Inspector
+} // namespace Reflection
 } // namespace VantixControl
 
 #endif

@@ -1,4 +1,4 @@
-#include "inspector_p.h"
+#include "reflection_p.h"
 
 #include "valuetext_p.h"
 
@@ -6,18 +6,18 @@
 
 namespace VantixControl {
 
-QString Inspector::shortClassName(const QMetaObject *metaObject)
+QString Reflection::shortClassName(const QMetaObject *metaObject)
 {
     const QString name = QString::fromLatin1(metaObject->className());
     return name.mid(name.lastIndexOf(QLatin1Char(':')) + 1);
 }
 
-QString Inspector::shortClassName(const QObject *object)
+QString Reflection::shortClassName(const QObject *object)
 {
     return shortClassName(object->metaObject());
 }
 
-QString Inspector::shortType(QByteArray type)
+QString Reflection::shortType(QByteArray type)
 {
     if (type.startsWith("const ")) {
         type = type.mid(6);
@@ -28,7 +28,7 @@ QString Inspector::shortType(QByteArray type)
     return QString::fromLatin1(type).remove(QStringLiteral("TQ_SPAPI::"));
 }
 
-QString Inspector::methodText(const QMetaMethod &method)
+QString Reflection::methodText(const QMetaMethod &method)
 {
     QStringList parameters;
     const QList<QByteArray> types = method.parameterTypes();
@@ -41,7 +41,7 @@ QString Inspector::methodText(const QMetaMethod &method)
     return QStringLiteral("%1(%2)").arg(QString::fromLatin1(method.name()), parameters.join(QLatin1String(", ")));
 }
 
-QList<QMetaProperty> Inspector::properties(const QMetaObject *metaObject)
+QList<QMetaProperty> Reflection::properties(const QMetaObject *metaObject)
 {
     QList<QMetaProperty> result;
     for (int i = QObject::staticMetaObject.propertyCount(); i < metaObject->propertyCount(); ++i) {
@@ -50,7 +50,7 @@ QList<QMetaProperty> Inspector::properties(const QMetaObject *metaObject)
     return result;
 }
 
-QList<QMetaMethod> Inspector::callableMethods(const QMetaObject *metaObject)
+QList<QMetaMethod> Reflection::callableMethods(const QMetaObject *metaObject)
 {
     QList<QMetaMethod> result;
     for (int i = QObject::staticMetaObject.methodCount(); i < metaObject->methodCount(); ++i) {
@@ -63,7 +63,7 @@ QList<QMetaMethod> Inspector::callableMethods(const QMetaObject *metaObject)
     return result;
 }
 
-QList<QMetaMethod> Inspector::signalMethods(const QMetaObject *metaObject)
+QList<QMetaMethod> Reflection::signalMethods(const QMetaObject *metaObject)
 {
     QList<QMetaMethod> result;
     for (int i = QObject::staticMetaObject.methodCount(); i < metaObject->methodCount(); ++i) {
@@ -74,7 +74,7 @@ QList<QMetaMethod> Inspector::signalMethods(const QMetaObject *metaObject)
     return result;
 }
 
-bool Inspector::hasSignal(const QMetaObject *metaObject, const QByteArray &name)
+bool Reflection::hasSignal(const QMetaObject *metaObject, const QByteArray &name)
 {
     for (const QMetaMethod &m : signalMethods(metaObject)) {
         if (m.name() == name) {
@@ -84,7 +84,7 @@ bool Inspector::hasSignal(const QMetaObject *metaObject, const QByteArray &name)
     return false;
 }
 
-bool Inspector::findProperty(
+bool Reflection::findProperty(
     const QObject *object, const QString &label, const QString &name, QMetaProperty *property, QString *error)
 {
     // The exact name is the common case; the meta-object finds it without building a list.
@@ -110,7 +110,7 @@ bool Inspector::findProperty(
     return false;
 }
 
-QMetaEnum Inspector::enumOf(const QObject *object, const QMetaProperty &property)
+QMetaEnum Reflection::enumOf(const QObject *object, const QMetaProperty &property)
 {
     if (property.isEnumType()) {
         return property.enumerator();
@@ -123,12 +123,12 @@ QMetaEnum Inspector::enumOf(const QObject *object, const QMetaProperty &property
     return ValueText::findEnum(QByteArray(property.typeName()), object->metaObject());
 }
 
-QString Inspector::propertyText(const QObject *object, const QMetaProperty &property, const ObjectNamer *namer)
+QString Reflection::propertyText(const QObject *object, const QMetaProperty &property, const ObjectNamer *namer)
 {
     return ValueText::format(property.read(object), enumOf(object, property), namer);
 }
 
-QString Inspector::propertyType(const QObject *object, const QMetaProperty &property)
+QString Reflection::propertyType(const QObject *object, const QMetaProperty &property)
 {
     return ValueText::typeName(property.userType(), QByteArray(property.typeName()), enumOf(object, property));
 }
