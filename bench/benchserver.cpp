@@ -11,8 +11,8 @@
 
 #include <vantix/vantix.h>
 
-#include <vantixcontrol/reply.h>
-#include <vantixcontrol/session.h>
+#include <vantixcontrol/protocol/reply.h>
+#include <vantixcontrol/engine/session.h>
 
 #include <qbcommon/appconfig.h>
 

@@ -6,7 +6,8 @@
 # package (cmake/VantixPackaging.cmake):
 #
 #   runtime  the shared libraries                                -> libvantix0
-#   dev      headers, .so links, CMake package files, vantix.pc  -> libvantix-dev
+#   dev      headers, .so links, the control client library,
+#            CMake package files, vantix.pc                      -> libvantix-dev
 #   tools    programs, their man pages, the example scenarios    -> vantix-tools
 #
 # A new program joins the tools package with, in its own CMakeLists.txt,
@@ -34,12 +35,19 @@ foreach(library QBCom QBCommon Vantix)
         string(APPEND VANTIX_HEADER_MANIFEST "${folder}/${name}\n")
     endforeach()
 endforeach()
-# The control part of the library (namespace VantixControl) has headers of its own.
-get_target_property(control_headers Vantix VANTIXCONTROL_PUBLIC_HEADERS)
-install(FILES ${control_headers} DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/vantixcontrol COMPONENT dev)
-foreach(header IN LISTS control_headers)
-    get_filename_component(name ${header} NAME)
-    string(APPEND VANTIX_HEADER_MANIFEST "vantixcontrol/${name}\n")
+# The control code (namespace VantixControl) keeps its sides apart when
+# installed as in the tree: include/vantixcontrol/{protocol,engine,client}/.
+# The client library is static and, like the headers, for developers only.
+install(TARGETS VantixControlClient EXPORT VantixTargets
+    ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR} COMPONENT dev)
+foreach(library Vantix VantixControlClient)
+    get_target_property(control_headers ${library} VANTIXCONTROL_PUBLIC_HEADERS)
+    foreach(header IN LISTS control_headers)
+        file(RELATIVE_PATH path ${PROJECT_SOURCE_DIR}/libs/libVantix ${header})
+        get_filename_component(folder ${path} DIRECTORY)
+        install(FILES ${header} DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/${folder} COMPONENT dev)
+        string(APPEND VANTIX_HEADER_MANIFEST "${path}\n")
+    endforeach()
 endforeach()
 # The headers that must be installed, one include path a line, for the
 # install test (scripts/test-install.sh).

@@ -18,6 +18,7 @@
 #include "controlconnection_p.h"
 #include "fuzzsupport.h"
 #include "session_p.h"
+#include "words.h"
 
 #include <vantix/system.h>
 
@@ -75,7 +76,7 @@ bool writesOutside(const QString &line, const QDir &folder)
     QStringList args;
     QString error;
     if (text.isEmpty() || text.startsWith(QLatin1Char('#')) || VantixControl::isDebugCommand(text) ||
-        !VantixControl::tokenize(text, &args, &error) || args.isEmpty()) {
+        !VantixControl::Words::split(text, &args, &error) || args.isEmpty()) {
         return false;
     }
     const VantixControl::CommandEntry *command = VantixControl::CommandTable::instance().find(args.first().toLower());

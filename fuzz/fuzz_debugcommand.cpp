@@ -10,7 +10,7 @@
 #include "fuzzsupport.h"
 
 #include <vantix/system.h>
-#include "vantixdebug.h"
+#include <vantix/vantixdebug.h>
 
 #include <qbcom/parametercontroller.h>
 #include <qbcommon/appconfig.h>

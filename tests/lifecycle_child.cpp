@@ -12,7 +12,7 @@
 // (static mode; the teardown follows at exit). Exits with 0 unless a check failed.
 
 #include "systemprivate_p.h"
-#include "vantixdebug.h"
+#include <vantix/vantixdebug.h>
 
 #include <vantix/vantix.h>
 

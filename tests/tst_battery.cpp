@@ -12,7 +12,7 @@
 #include "sensorprivate_p.h"
 #include "testroot.h"
 #include "testsystem.h"
-#include "vantixdebug.h"
+#include <vantix/vantixdebug.h>
 
 #include <QMetaProperty>
 #include <QSignalSpy>

@@ -16,9 +16,9 @@
 
 #include <vantix/vantix.h>
 
-#include <vantixcontrol/event.h>
-#include <vantixcontrol/reply.h>
-#include <vantixcontrol/session.h>
+#include <vantixcontrol/protocol/event.h>
+#include <vantixcontrol/protocol/reply.h>
+#include <vantixcontrol/engine/session.h>
 
 #include <QElapsedTimer>
 #include <QJsonArray>

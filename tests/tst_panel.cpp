@@ -18,9 +18,9 @@
 #include "storagepage.h"
 #include "wifidirectpage.h"
 
-#include <vantixcontrol/client.h>
-#include <vantixcontrol/reply.h>
-#include <vantixcontrol/socketdirectory.h>
+#include <vantixcontrol/client/client.h>
+#include <vantixcontrol/protocol/reply.h>
+#include <vantixcontrol/protocol/socketdirectory.h>
 
 #include <QCheckBox>
 #include <QComboBox>

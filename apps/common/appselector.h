@@ -1,7 +1,7 @@
 #ifndef VANTIXAPPS_APPSELECTOR_H
 #define VANTIXAPPS_APPSELECTOR_H
 
-#include <vantixcontrol/client.h>
+#include <vantixcontrol/client/client.h>
 
 #include <QList>
 #include <QString>

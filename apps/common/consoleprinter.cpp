@@ -1,7 +1,7 @@
 #include "consoleprinter.h"
 
-#include <vantixcontrol/event.h>
-#include <vantixcontrol/reply.h>
+#include <vantixcontrol/protocol/event.h>
+#include <vantixcontrol/protocol/reply.h>
 
 #include <QTextStream>
 

@@ -1,13 +1,13 @@
 #include "ctl.h"
 
 #include "completion.h"
-#include "consolewords.h"
+#include <vantixcontrol/protocol/words.h>
 #include "interruptnotifier.h"
 #include "linereader.h"
 
-#include <vantixcontrol/event.h>
-#include <vantixcontrol/reply.h>
-#include <vantixcontrol/scriptrunner.h>
+#include <vantixcontrol/protocol/event.h>
+#include <vantixcontrol/protocol/reply.h>
+#include <vantixcontrol/client/scriptrunner.h>
 
 #include <QCoreApplication>
 #include <QFile>
@@ -160,7 +160,7 @@ void Ctl::showReply(const Reply &reply)
 
 void Ctl::runCommand()
 {
-    execute(joinWords(m_options.words), [this](const Reply &reply) {
+    execute(Words::join(m_options.words), [this](const Reply &reply) {
         showReply(reply);
         finish(reply.ok ? 0 : 1);
     });

@@ -4,7 +4,7 @@
 #include "appselector.h"
 #include "consoleprinter.h"
 
-#include <vantixcontrol/client.h>
+#include <vantixcontrol/client/client.h>
 
 #include <QObject>
 #include <QStringList>

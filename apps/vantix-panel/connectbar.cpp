@@ -2,8 +2,8 @@
 
 #include "simlauncher.h"
 
-#include <vantixcontrol/client.h>
-#include <vantixcontrol/platformnames.h>
+#include <vantixcontrol/client/client.h>
+#include <vantix/platformnames.h>
 
 #include <QComboBox>
 #include <QHBoxLayout>
@@ -29,7 +29,7 @@ ConnectBar::ConnectBar(QWidget *parent)
     auto *reload = new QToolButton(this);
     reload->setText(QStringLiteral("⟳"));
     reload->setToolTip(tr("List the running applications again"));
-    m_platforms->addItems(VantixControl::PlatformNames::names());
+    m_platforms->addItems(TQ_SPAPI::PlatformNames::names());
     m_platforms->setCurrentText(QStringLiteral("tolvex-plus"));
     m_platforms->setToolTip(tr("The platform of a new simulator"));
 

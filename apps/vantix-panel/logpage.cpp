@@ -2,9 +2,9 @@
 
 #include "panelsession.h"
 
-#include <vantixcontrol/event.h>
-#include <vantixcontrol/reply.h>
-#include <vantixcontrol/scriptrunner.h>
+#include <vantixcontrol/protocol/event.h>
+#include <vantixcontrol/protocol/reply.h>
+#include <vantixcontrol/client/scriptrunner.h>
 
 #include <QFile>
 #include <QFileDialog>

@@ -1,9 +1,9 @@
 #include "methodrow.h"
 
-#include "consolewords.h"
+#include <vantixcontrol/protocol/words.h>
 #include "panelsession.h"
 
-#include <vantixcontrol/reply.h>
+#include <vantixcontrol/protocol/reply.h>
 
 #include <QHBoxLayout>
 #include <QJsonArray>
@@ -53,7 +53,7 @@ QString MethodRow::answerText() const
 void MethodRow::call()
 {
     // Arguments are typed as on the console: blank-separated, quoted where they hold blanks.
-    QString line = joinWords({QStringLiteral("call"), m_target, m_method});
+    QString line = VantixControl::Words::join({QStringLiteral("call"), m_target, m_method});
     if (m_arguments && !m_arguments->text().trimmed().isEmpty()) {
         line += QLatin1Char(' ') + m_arguments->text().trimmed();
     }

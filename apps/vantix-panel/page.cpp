@@ -3,7 +3,7 @@
 #include "panelsession.h"
 #include "propertyeditor.h"
 
-#include <vantixcontrol/reply.h>
+#include <vantixcontrol/protocol/reply.h>
 
 #include <QLabel>
 #include <QPointer>

@@ -1,9 +1,9 @@
 #include "panelsession.h"
 
-#include "consolewords.h"
+#include <vantixcontrol/protocol/words.h>
 
-#include <vantixcontrol/event.h>
-#include <vantixcontrol/reply.h>
+#include <vantixcontrol/protocol/event.h>
+#include <vantixcontrol/protocol/reply.h>
 
 #include <QJsonArray>
 #include <QTimer>
@@ -135,7 +135,7 @@ void PanelSession::run(const QString &line, const Client::Done &done)
 void PanelSession::setProperty(
     const QString &target, const QString &property, const QString &valueText, const Client::Done &done)
 {
-    const QString line = joinWords({QStringLiteral("set"), target, property, valueText});
+    const QString line = Words::join({QStringLiteral("set"), target, property, valueText});
     run(line, [this, target, property, done](const Reply &reply) {
         // A refused value leaves the editor showing what the application holds.
         if (!reply.ok) {
@@ -195,7 +195,7 @@ void PanelSession::loadSchema()
 void PanelSession::loadValues(const QString &target)
 {
     const int generation = m_generation;
-    m_client.execute(joinWords({QStringLiteral("show"), target}), [this, generation, target](const Reply &reply) {
+    m_client.execute(Words::join({QStringLiteral("show"), target}), [this, generation, target](const Reply &reply) {
         if (generation != m_generation || !reply.ok) {
             return;
         }
@@ -212,8 +212,8 @@ void PanelSession::loadValues(const QString &target)
 void PanelSession::refresh(const QString &target, const QString &property)
 {
     const int generation = m_generation;
-    m_client.execute(
-        joinWords({QStringLiteral("get"), target, property}), [this, generation, target, property](const Reply &reply) {
+    m_client.execute(Words::join({QStringLiteral("get"), target, property}),
+        [this, generation, target, property](const Reply &reply) {
             if (generation == m_generation && reply.ok) {
                 store(target, property, reply.value, reply.text);
             }

@@ -1,7 +1,7 @@
 #ifndef VANTIXPANEL_PANELSESSION_H
 #define VANTIXPANEL_PANELSESSION_H
 
-#include <vantixcontrol/client.h>
+#include <vantixcontrol/client/client.h>
 
 #include <QHash>
 #include <QJsonObject>

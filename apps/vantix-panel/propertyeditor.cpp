@@ -2,7 +2,7 @@
 
 #include "panelsession.h"
 
-#include <vantixcontrol/reply.h>
+#include <vantixcontrol/protocol/reply.h>
 
 #include <QCheckBox>
 #include <QComboBox>

@@ -1,6 +1,6 @@
 #include "simlauncher.h"
 
-#include <vantixcontrol/client.h>
+#include <vantixcontrol/client/client.h>
 
 #include <QCoreApplication>
 #include <QFileInfo>

@@ -3,7 +3,7 @@
 #include "methodrow.h"
 #include "panelsession.h"
 
-#include <vantixcontrol/event.h>
+#include <vantixcontrol/protocol/event.h>
 
 #include <QGridLayout>
 #include <QGroupBox>

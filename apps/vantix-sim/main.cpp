@@ -8,11 +8,11 @@
 #include <vantix/system.h>
 #include <vantix/vantix_version.h>
 
-#include <vantixcontrol/event.h>
-#include <vantixcontrol/platformnames.h>
-#include <vantixcontrol/reply.h>
-#include <vantixcontrol/scriptrunner.h>
-#include <vantixcontrol/session.h>
+#include <vantixcontrol/protocol/event.h>
+#include <vantix/platformnames.h>
+#include <vantixcontrol/protocol/reply.h>
+#include <vantixcontrol/client/scriptrunner.h>
+#include <vantixcontrol/engine/session.h>
 
 #include <qbcommon/appconfig.h>
 

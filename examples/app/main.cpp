@@ -10,8 +10,6 @@
 
 #include <vantix/vantix.h>
 
-#include <vantixcontrol/platformnames.h>
-
 #include <QCommandLineParser>
 #include <QCoreApplication>
 #include <QTextStream>
@@ -52,7 +50,7 @@ int main(int argc, char *argv[])
     parser.process(app);
 
     System::PlatformType platform = System::PT_TOLVEX;
-    if (!VantixControl::PlatformNames::fromName(parser.value(platformOption), &platform)) {
+    if (!PlatformNames::fromName(parser.value(platformOption), &platform)) {
         say(QStringLiteral("unknown platform %1").arg(parser.value(platformOption)));
         return 2;
     }

@@ -28,10 +28,10 @@
 #include <vantix/iwifip2p.h>
 #include <vantix/iwifip2ppeer.h>
 #include <vantix/listmodel.h>
+#include <vantix/platformnames.h>
 #include <vantix/system.h>
 #include <vantix/vantix_version.h>
+#include <vantix/vantixdebug.h>
 #include <vantix/wifip2pservice.h>
-
-#include "vantixdebug.h"
 
 #endif

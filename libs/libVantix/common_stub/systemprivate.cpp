@@ -4,10 +4,10 @@
 #include "batteryprivate_p.h"
 #include "buttonprivate_p.h"
 #include "canmuxprivate_p.h"
-#include "controlserver_p.h"
 #include "networkprivate_p.h"
 #include "systeminfostore_p.h"
-#include "vantixdebug.h"
+#include "systemobserver_p.h"
+#include <vantix/vantixdebug.h>
 #include "wifiprivate_p.h"
 
 #include <vantix/iapimessage.h>
@@ -39,8 +39,8 @@ SystemPrivate::SystemPrivate(System *q)
 
 SystemPrivate::~SystemPrivate()
 {
-    // Its clients go before the devices they watch.
-    delete controlServer;
+    // What lives as long as this System (the control server and its clients) goes before the devices.
+    SystemObserver::notifyAboutToBeReleased(this);
     // The debug controller usually outlives every System; it must not keep acting on this one.
     VantixDebug::detachSystemPrivate(this);
 }
@@ -59,8 +59,7 @@ void SystemPrivate::initialize(const QString &name)
     registeredIds.append(name);
     ready = true;
     VantixDebug::instance()->setSystemPrivate(this);
-    // Any application can now be driven from outside, as vantix-sim is.
-    controlServer = VantixControl::ControlServer::start(q, this);
+    SystemObserver::notifyInitialized(this);
     QTimer::singleShot(ApiReadyDelayMs, this, [this] { Q_EMIT q->apiReady(); });
 }
 

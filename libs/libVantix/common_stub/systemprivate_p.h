@@ -111,7 +111,6 @@ private:
     void forgetRadio(IDevice::DeviceId id);
 
     QElapsedTimer started;
-    QObject *controlServer = nullptr;
     void finishFlightModeTransition(bool enabled);
 
     Q_DISABLE_COPY(SystemPrivate)

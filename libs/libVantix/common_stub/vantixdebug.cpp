@@ -1,4 +1,4 @@
-#include "vantixdebug.h"
+#include <vantix/vantixdebug.h>
 
 #include "metaenum_p.h"
 #include "systemprivate_p.h"

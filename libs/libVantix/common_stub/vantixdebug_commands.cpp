@@ -4,7 +4,7 @@
 // nothing in the common case: the tokens are views into the text, and the
 // command word is compared without making a lower-case copy of it.
 
-#include "vantixdebug.h"
+#include <vantix/vantixdebug.h>
 
 #include "systemprivate_p.h"
 

@@ -1,6 +1,6 @@
 // The keyboard shortcuts of the debug controller.
 
-#include "vantixdebug.h"
+#include <vantix/vantixdebug.h>
 
 #include "systemprivate_p.h"
 

@@ -1,8 +1,6 @@
 #ifndef VANTIXCONTROL_CLIENT_H
 #define VANTIXCONTROL_CLIENT_H
 
-#include <vantix/vantix_export.h>
-
 #include <QJsonObject>
 #include <QList>
 #include <QObject>
@@ -24,7 +22,7 @@ struct Reply;
  * the connection is lost first. vantix-ctl, vantix-panel and a user's own
  * test programs all use this one client.
  */
-class VANTIX_EXPORT Client : public QObject
+class Client : public QObject
 {
     Q_OBJECT
 

@@ -1,9 +1,9 @@
 #include "client.h"
 
-#include "event.h"
-#include "protocol.h"
-#include "reply.h"
-#include "socketdirectory.h"
+#include <vantixcontrol/protocol/event.h>
+#include <vantixcontrol/protocol/protocol.h>
+#include <vantixcontrol/protocol/reply.h>
+#include <vantixcontrol/protocol/socketdirectory.h>
 
 #include <QHash>
 #include <QJsonDocument>
@@ -182,27 +182,27 @@ void Client::request(QJsonObject request, const Done &done)
 
 void Client::execute(const QString &line, const Done &done)
 {
-    request(QJsonObject{{QStringLiteral("line"), line}}, done);
+    request(QJsonObject{{Protocol::requestKey(Protocol::RequestKind::Line), line}}, done);
 }
 
 void Client::describe(const Done &done)
 {
-    request(QJsonObject{{QStringLiteral("describe"), true}}, done);
+    request(QJsonObject{{Protocol::requestKey(Protocol::RequestKind::Describe), true}}, done);
 }
 
 void Client::setEventsEnabled(bool enabled, const Done &done)
 {
-    request(QJsonObject{{QStringLiteral("events"), enabled}}, done);
+    request(QJsonObject{{Protocol::requestKey(Protocol::RequestKind::Events), enabled}}, done);
 }
 
 void Client::setLogEnabled(bool enabled, const Done &done)
 {
-    request(QJsonObject{{QStringLiteral("log"), enabled}}, done);
+    request(QJsonObject{{Protocol::requestKey(Protocol::RequestKind::Log), enabled}}, done);
 }
 
 void Client::cancel(const Done &done)
 {
-    request(QJsonObject{{QStringLiteral("cancel"), true}}, done);
+    request(QJsonObject{{Protocol::requestKey(Protocol::RequestKind::Cancel), true}}, done);
 }
 
 Client::Application Client::applicationOf(const QJsonObject &greeting, const QString &socketPath)

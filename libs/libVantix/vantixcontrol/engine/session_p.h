@@ -66,8 +66,6 @@ private:
     quint64 m_generation = 0;
 };
 
-/// Words split at blanks; "double quotes" keep blanks and may be empty, \ escapes inside them.
-VANTIX_PRIVATE_EXPORT bool tokenize(const QString &text, QStringList *tokens, QString *error);
 /// Whether @p line is a command of the debug controller ("setbatteryfuel,2,40") rather than of the console.
 VANTIX_PRIVATE_EXPORT bool isDebugCommand(const QString &line);
 /// Runs a debug command as the "VantixDebug" parameter would and says what it did.

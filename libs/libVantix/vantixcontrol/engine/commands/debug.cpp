@@ -5,7 +5,7 @@
 #include "commandtable_p.h"
 #include "devicenames_p.h"
 #include "session_p.h"
-#include "vantixdebug.h"
+#include <vantix/vantixdebug.h>
 
 using TQ_SPAPI::VantixDebug;
 

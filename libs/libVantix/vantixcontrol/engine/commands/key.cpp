@@ -4,7 +4,7 @@
 #include "commandtable_p.h"
 #include "keynames_p.h"
 #include "schema_p.h"
-#include "vantixdebug.h"
+#include <vantix/vantixdebug.h>
 
 #include <QJsonArray>
 #include <QJsonObject>

@@ -9,7 +9,7 @@
 #include "protocol.h"
 #include "targets_p.h"
 #include "valuetext_p.h"
-#include "vantixdebug.h"
+#include <vantix/vantixdebug.h>
 
 #include <vantix/system.h>
 

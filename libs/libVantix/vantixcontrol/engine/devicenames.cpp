@@ -1,6 +1,6 @@
 #include "devicenames_p.h"
 
-#include "vantixdebug.h"
+#include <vantix/vantixdebug.h>
 
 #include <qbcommon/appconfig.h>
 

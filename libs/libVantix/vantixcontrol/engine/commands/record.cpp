@@ -1,7 +1,7 @@
 // record <file> | record stop: the session's commands as a script that replays them.
 
 #include "commandtable_p.h"
-#include "platformnames.h"
+#include <vantix/platformnames.h>
 #include "session_p.h"
 
 #include <vantix/system.h>
@@ -24,10 +24,10 @@ Reply record(Invocation &invocation)
         }
         return Reply::success(QStringLiteral("recorded to ") + path).withValue(QStringLiteral("QString"), path);
     }
-    const QString header =
-        QStringLiteral(
-            "# Recorded %1 on %2.\n# Replay: vantix-sim --platform %2 --script FILE, or vantix-ctl --script FILE.\n")
-            .arg(QDateTime::currentDateTime().toString(Qt::ISODate), PlatformNames::name(session.system->platform()));
+    const QString header = QStringLiteral(
+        "# Recorded %1 on %2.\n# Replay: vantix-sim --platform %2 --script FILE, or vantix-ctl --script FILE.\n")
+                               .arg(QDateTime::currentDateTime().toString(Qt::ISODate),
+                                   TQ_SPAPI::PlatformNames::name(session.system->platform()));
     QString error;
     if (!session.recorder.start(invocation.args.at(0), header, session.elapsedMs(), &error)) {
         return Reply::failure(ErrorClass::Failed, error);

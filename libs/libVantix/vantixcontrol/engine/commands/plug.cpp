@@ -7,7 +7,7 @@
 #include "devicenames_p.h"
 #include "session_p.h"
 #include "valuetext_p.h"
-#include "vantixdebug.h"
+#include <vantix/vantixdebug.h>
 
 #include <vantix/system.h>
 

@@ -1,9 +1,7 @@
 #ifndef VANTIXCONTROL_SCRIPTRUNNER_H
 #define VANTIXCONTROL_SCRIPTRUNNER_H
 
-#include "reply.h"
-
-#include <vantix/vantix_export.h>
+#include <vantixcontrol/protocol/reply.h>
 
 #include <QHash>
 #include <QList>
@@ -22,7 +20,7 @@ namespace VantixControl {
  * after a failure. When input has ended and every line has run, the run ends
  * with exit code 0.
  */
-class VANTIX_EXPORT ScriptRunner : public QObject
+class ScriptRunner : public QObject
 {
     Q_OBJECT
 

@@ -11,6 +11,7 @@
 #include "systemprivate_p.h"
 #include "textrenderer_p.h"
 #include "timedjob_p.h"
+#include "words.h"
 
 #include <vantix/system.h>
 
@@ -24,45 +25,6 @@ namespace {
 // A client may send lines faster than they run; past this many it is told to wait for answers.
 constexpr int MaxQueued = 10000;
 } // namespace
-
-bool tokenize(const QString &text, QStringList *tokens, QString *error)
-{
-    QString token;
-    bool inToken = false;
-    bool quoted = false;
-    for (int i = 0; i < text.size(); ++i) {
-        const QChar c = text.at(i);
-        if (quoted) {
-            if (c == QLatin1Char('\\') && i + 1 < text.size()) {
-                token.append(text.at(++i));
-            } else if (c == QLatin1Char('"')) {
-                quoted = false;
-            } else {
-                token.append(c);
-            }
-        } else if (c == QLatin1Char('"')) {
-            quoted = true;
-            inToken = true;
-        } else if (c.isSpace()) {
-            if (inToken) {
-                tokens->append(token);
-                token.clear();
-                inToken = false;
-            }
-        } else {
-            token.append(c);
-            inToken = true;
-        }
-    }
-    if (quoted) {
-        *error = QStringLiteral("a quote is not closed");
-        return false;
-    }
-    if (inToken) {
-        tokens->append(token);
-    }
-    return true;
-}
 
 SessionPrivate::SessionPrivate(Session *q, System *system)
     : QObject(q)
@@ -171,7 +133,7 @@ void SessionPrivate::run(const Pending &pending)
     }
     QStringList args;
     QString error;
-    if (!tokenize(line, &args, &error)) {
+    if (!Words::split(line, &args, &error)) {
         finish(Reply::failure(ErrorClass::BadRequest, error));
         return;
     }

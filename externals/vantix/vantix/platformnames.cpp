@@ -3,9 +3,7 @@
 #include <QPair>
 #include <QVector>
 
-using TQ_SPAPI::System;
-
-namespace VantixControl {
+namespace TQ_SPAPI {
 
 namespace {
 const QVector<QPair<QString, System::PlatformType>> &table()
@@ -53,4 +51,4 @@ QStringList PlatformNames::names()
     return result;
 }
 
-} // namespace VantixControl
+} // namespace TQ_SPAPI

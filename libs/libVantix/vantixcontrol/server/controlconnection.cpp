@@ -2,7 +2,7 @@
 
 #include "event.h"
 #include "logging_p.h"
-#include "platformnames.h"
+#include <vantix/platformnames.h>
 #include "protocol.h"
 #include "reply.h"
 #include "session.h"
@@ -34,7 +34,7 @@ QByteArray greeting(System *system)
         {QStringLiteral("pid"), QCoreApplication::applicationPid()},
         {QStringLiteral("application"), QCoreApplication::applicationName()},
         {QStringLiteral("platform"), QString::fromLatin1(System::PlatformTypeEnum.valueToKey(system->platform()))},
-        {QStringLiteral("platformName"), PlatformNames::name(system->platform())},
+        {QStringLiteral("platformName"), TQ_SPAPI::PlatformNames::name(system->platform())},
         {QStringLiteral("capabilities"), QJsonArray::fromStringList(Protocol::capabilities())},
     };
     return QJsonDocument(QJsonObject{{QStringLiteral("vantix"), hello}}).toJson(QJsonDocument::Compact);
@@ -165,22 +165,21 @@ void ControlConnection::handleRequest(const QJsonObject &request)
         refuse(QJsonValue(), QStringLiteral("a request needs an id, which its answer carries back"));
         return;
     }
-    const QStringList kinds{QStringLiteral("line"), QStringLiteral("describe"), QStringLiteral("events"),
-        QStringLiteral("log"), QStringLiteral("cancel")};
-    QString kind;
-    for (const QString &k : kinds) {
-        if (request.contains(k)) {
-            if (!kind.isEmpty()) {
-                kind.clear();
-                break;
-            }
+    using Protocol::RequestKind;
+    const QStringList keys = Protocol::capabilities();
+    int found = 0;
+    RequestKind kind = RequestKind::Line;
+    for (RequestKind k : Protocol::requestKinds()) {
+        if (request.contains(Protocol::requestKey(k))) {
             kind = k;
+            ++found;
         }
     }
-    const QJsonValue argument = request.value(kind);
-    if (kind.isEmpty()) {
-        refuse(id, QStringLiteral("a request carries exactly one of %1").arg(kinds.join(QLatin1String(", "))));
-    } else if (kind == QLatin1String("line")) {
+    const QString key = Protocol::requestKey(kind);
+    const QJsonValue argument = request.value(key);
+    if (found != 1) {
+        refuse(id, QStringLiteral("a request carries exactly one of %1").arg(keys.join(QLatin1String(", "))));
+    } else if (kind == RequestKind::Line) {
         if (!argument.isString()) {
             refuse(id, QStringLiteral("line is the text of one console command"));
             return;
@@ -193,14 +192,14 @@ void ControlConnection::handleRequest(const QJsonObject &request)
                 answer(id, reply);
             }
         });
-    } else if (kind == QLatin1String("describe")) {
+    } else if (kind == RequestKind::Describe) {
         answer(id, Reply::success().withValue(QStringLiteral("schema"), m_session->describe()));
     } else if (!argument.isBool()) {
-        refuse(id, QStringLiteral("%1 takes true or false").arg(kind));
-    } else if (kind == QLatin1String("events")) {
+        refuse(id, QStringLiteral("%1 takes true or false").arg(key));
+    } else if (kind == RequestKind::Events) {
         m_session->setEventsEnabled(argument.toBool());
         answer(id, Reply::success());
-    } else if (kind == QLatin1String("log")) {
+    } else if (kind == RequestKind::Log) {
         m_session->setLogEnabled(argument.toBool());
         answer(id, Reply::success());
     } else {

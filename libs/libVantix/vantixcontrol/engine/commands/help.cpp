@@ -3,7 +3,7 @@
 #include "commandtable_p.h"
 #include "devicenames_p.h"
 #include "schema_p.h"
-#include "vantixdebug.h"
+#include <vantix/vantixdebug.h>
 
 #include <QJsonArray>
 #include <QJsonObject>
