@@ -458,15 +458,24 @@ private Q_SLOTS:
         if (::geteuid() != 0 || QStandardPaths::findExecutable("setpriv").isEmpty()) {
             QSKIP("needs root and setpriv to run the application as another user");
         }
-        // The application runs as nobody; root passes the file modes, so only the peer check can stop it.
+        // The build tree may sit in a folder only its owner can enter (a clone in
+        // a 0700 folder or in /root): the other user runs a copy of the program
+        // and its libraries, staged where everyone can read them.
         QTemporaryDir shared("/tmp/vantix-control-XXXXXX");
         ::chmod(QFile::encodeName(shared.path()).constData(), 0777);
         ::chmod(QFile::encodeName(m_root->path()).constData(), 0777);
+        const QString program = shared.path() + "/example-app";
+        QVERIFY(QFile::copy(EXAMPLE_APP, program));
+        for (const QString &library : QString(VANTIX_RUNTIME_LIBRARIES).split(':')) {
+            QVERIFY2(QFile::copy(library, shared.path() + '/' + QFileInfo(library).fileName()), qPrintable(library));
+        }
         const QString path = shared.path() + "/app.sock";
-        QProcess *app = launch("setpriv", {"--reuid=nobody", "--regid=nogroup", "--clear-groups", EXAMPLE_APP},
-            {{"VANTIX_CONTROL", path}});
+        QProcess *app = launch("setpriv", {"--reuid=nobody", "--regid=nogroup", "--clear-groups", program},
+            {{"VANTIX_CONTROL", path}, {"LD_LIBRARY_PATH", shared.path()}});
         QVERIFY(app);
-        QTRY_VERIFY_WITH_TIMEOUT(QFileInfo::exists(path), 10000);
+        QTRY_VERIFY2_WITH_TIMEOUT(
+            QFileInfo::exists(path) || app->state() == QProcess::NotRunning, qPrintable(m_errors), 10000);
+        QVERIFY2(app->state() == QProcess::Running, qPrintable("the application did not run as nobody: " + m_errors));
         RawClient root;
         // The connection is taken and closed without a greeting.
         QVERIFY(!root.open(path));
