@@ -36,9 +36,11 @@ bool RecordedRun::load(const std::string &path, std::string *error)
     m_date = root.value(QLatin1String("date")).toString().toStdString();
     const QJsonObject figures = root.value(QLatin1String("figures")).toObject();
     for (auto it = figures.begin(); it != figures.end(); ++it) {
-        const QJsonValue value = it.value().toObject().value(QLatin1String("value"));
+        const QJsonObject figure = it.value().toObject();
+        const QJsonValue value = figure.value(QLatin1String("value"));
         if (value.isDouble()) {
-            m_values[it.key().toStdString()] = value.toDouble();
+            m_values[it.key().toStdString()] = {
+                value.toDouble(), figure.value(QLatin1String("unit")).toString().toStdString()};
         }
     }
     return true;
@@ -48,7 +50,8 @@ int RecordedRun::comparable(const std::vector<Figure> &figures) const
 {
     int n = 0;
     for (const Figure &f : figures) {
-        n += std::isfinite(f.value) && m_values.count(f.key) ? 1 : 0;
+        const auto it = m_values.find(f.key);
+        n += std::isfinite(f.value) && it != m_values.end() && it->second.unit == f.unit ? 1 : 0;
     }
     return n;
 }
@@ -58,10 +61,11 @@ std::vector<std::string> RecordedRun::compare(const std::vector<Figure> &figures
     std::vector<std::string> warnings;
     for (const Figure &f : figures) {
         const auto it = m_values.find(f.key);
-        if (it == m_values.end() || !std::isfinite(f.value)) {
+        // A figure recorded in another unit (a time, now judged as a ratio) is not comparable.
+        if (it == m_values.end() || !std::isfinite(f.value) || it->second.unit != f.unit) {
             continue;
         }
-        const double recorded = it->second;
+        const double recorded = it->second.value;
         const double worse = f.higherIsBetter ? recorded - f.value : f.value - recorded;
         if (worse <= 0) {
             continue;

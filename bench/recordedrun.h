@@ -12,7 +12,8 @@ struct Figure
 {
     std::string key; ///< "<group>/<row label>", stable from run to run
     double value = 0;
-    std::string unit; ///< "s", "KiB", "1/s", ... for the reader of the file
+    std::string
+        unit; ///< "s", "KiB", "1/s", "ratio" (to the figure's in-run baseline); figures compare only in the same unit
     bool higherIsBetter = false;
     double noise = 0; ///< how far, as a fraction, the figure moves between runs without a change
 };
@@ -20,7 +21,8 @@ struct Figure
 /**
  * The figures of the run last recorded (bench/recorded.json): what each new
  * run is compared with. A figure worse than its record by more than its
- * noise gets a warning; figures new or missing on either side are skipped.
+ * noise gets a warning; figures new or missing on either side, or recorded
+ * in another unit, are skipped.
  */
 class RecordedRun
 {
@@ -40,7 +42,12 @@ public:
         const std::string &load, std::string *error) const;
 
 private:
-    std::map<std::string, double> m_values;
+    struct Recorded
+    {
+        double value = 0;
+        std::string unit;
+    };
+    std::map<std::string, Recorded> m_values;
     std::string m_date;
 };
 

@@ -115,6 +115,22 @@ private Q_SLOTS:
             QStringLiteral("KiB"));
     }
 
+    // A figure once recorded as a time and now judged by its ratio to the in-run baseline
+    // has no record to be compared with, until the next run is recorded.
+    void anotherUnitIsNotCompared()
+    {
+        QTemporaryDir dir;
+        const std::string path = dir.filePath(QStringLiteral("recorded.json")).toStdString();
+        std::string error;
+        QVERIFY(RecordedRun().save(path, {{"command/fuel", 94e-9, "s", false, 0.75}}, "old", "0", &error));
+        RecordedRun run;
+        QVERIFY2(run.load(path, &error), error.c_str());
+        const std::vector<Figure> now{{"command/fuel", 2.3, "ratio", false, 0.75}};
+        QCOMPARE(run.comparable(now), 0);
+        QVERIFY(run.compare(now).empty());
+        QCOMPARE(run.comparable({{"command/fuel", 95e-9, "s", false, 0.75}}), 1);
+    }
+
     void badFileIsNoRecord()
     {
         QTemporaryDir dir;
