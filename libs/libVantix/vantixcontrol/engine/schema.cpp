@@ -147,8 +147,9 @@ QJsonArray Schema::debugCommands()
 {
     QJsonArray result;
     for (const VantixDebug::CommandInfo &c : VantixDebug::commands()) {
-        result.append(QJsonObject{{QStringLiteral("name"), c.word}, {QStringLiteral("arguments"), c.arguments},
-            {QStringLiteral("help"), c.help}});
+        result.append(
+            QJsonObject{{QStringLiteral("name"), c.word}, {QStringLiteral("arguments"), c.usage.mid(c.word.size())},
+                {QStringLiteral("help"), c.help}, {QStringLiteral("label"), c.label}});
     }
     return result;
 }
@@ -158,7 +159,8 @@ QJsonArray Schema::shortcuts()
     QJsonArray result;
     for (const VantixDebug::ShortcutInfo &s : VantixDebug::shortcuts()) {
         result.append(
-            QJsonObject{{QStringLiteral("key"), KeyNames::name(s.key, s.modifiers)}, {QStringLiteral("help"), s.help}});
+            QJsonObject{{QStringLiteral("key"), KeyNames::name(s.key, s.modifiers)}, {QStringLiteral("label"), s.label},
+                {QStringLiteral("help"), s.help}, {QStringLiteral("passedOn"), s.passedOn}});
     }
     return result;
 }

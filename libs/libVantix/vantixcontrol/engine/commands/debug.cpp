@@ -63,7 +63,7 @@ Reply runDebugCommand(const QString &line)
     const QString word = commandWord(line);
     if (const VantixDebug::CommandInfo *known = debugCommand(word)) {
         return Reply::failure(ErrorClass::BadRequest,
-            QStringLiteral("illegal command: %1 needs its argument: %1%2").arg(known->word, known->arguments));
+            QStringLiteral("illegal command: %1 needs its argument: %2").arg(known->word, known->usage));
     }
     return Reply::failure(ErrorClass::UnknownCommand,
         QStringLiteral("illegal command: the debug controller has no command \"%1\"; help lists them").arg(word));
