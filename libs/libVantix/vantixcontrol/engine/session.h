@@ -43,6 +43,8 @@ public:
 
     /// Queues @p line; @p done gets its reply once, at once or when a timed command ends.
     void execute(const QString &line, const Done &done);
+    /// The same, with relative file names taken from @p folder (a client's working folder).
+    void execute(const QString &line, const QString &folder, const Done &done);
     /// Nothing runs and nothing is queued.
     bool isIdle() const;
     /// Stops what runs (a ramp stops where it is) and drops the queue; their callbacks never come.
@@ -66,7 +68,11 @@ public:
     /// Milliseconds since the System started, as events are stamped.
     qint64 elapsedMs() const;
 
-    /// A command only its host offers (vantix-sim's quit); it joins help and describe.
+    /**
+     * A host command of programs written before Engine: it checks its own
+     * words. Engine::addHostCommand adds one to a single System's engine;
+     * prefer it.
+     */
     struct HostCommand
     {
         QString name;
@@ -74,6 +80,7 @@ public:
         QString help;
         std::function<Reply(Session &session, const QStringList &args)> run;
     };
+    /// Adds @p command to every engine made from now on in this process.
     static void addHostCommand(const HostCommand &command);
 
 Q_SIGNALS:

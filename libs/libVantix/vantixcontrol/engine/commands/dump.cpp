@@ -5,7 +5,6 @@
 #include "textrenderer_p.h"
 
 #include <QFile>
-#include <QFileInfo>
 #include <QJsonDocument>
 
 namespace VantixControl {
@@ -13,20 +12,17 @@ namespace VantixControl {
 namespace {
 Reply dump(Invocation &invocation)
 {
-    if (invocation.args.size() > 1) {
-        return Reply::failure(ErrorClass::BadRequest, QStringLiteral("usage: dump [file]"));
-    }
     const QJsonObject state = invocation.session.q->dump();
-    if (invocation.args.isEmpty()) {
+    if (!invocation.has(QStringLiteral("file"))) {
         return Reply::success().withValue(QStringLiteral("object"), state).withLines(TextRenderer::json(state));
     }
-    QFile file(invocation.args.at(0));
+    const QString path = invocation.text(QStringLiteral("file"));
+    QFile file(path);
     if (!file.open(QIODevice::WriteOnly | QIODevice::Truncate) ||
         file.write(QJsonDocument(state).toJson(QJsonDocument::Indented)) < 0 || !file.flush()) {
         return Reply::failure(
             ErrorClass::Failed, QStringLiteral("cannot write %1: %2").arg(file.fileName(), file.errorString()));
     }
-    const QString path = QFileInfo(file).absoluteFilePath();
     return Reply::success(QStringLiteral("written to ") + path).withValue(QStringLiteral("QString"), path);
 }
 } // namespace
@@ -35,8 +31,10 @@ void addDump(CommandTable &table)
 {
     CommandEntry entry;
     entry.name = QStringLiteral("dump");
-    entry.arguments = {{QStringLiteral("file"), QStringLiteral("file"), true}};
+    entry.forms = {{optional(QStringLiteral("file"), Argument::File)}};
     entry.help = QStringLiteral("every device's properties as JSON, shown or written to a file");
+    entry.label = QStringLiteral("Dump");
+    entry.readOnly = true;
     entry.run = dump;
     table.add(entry);
 }

@@ -6,9 +6,9 @@
 #include "reflection_p.h"
 #include "session_p.h"
 #include "timedjob_p.h"
+#include "timing_p.h"
 #include "valuetext_p.h"
 
-#include <QLocale>
 #include <QPointer>
 
 #include <cmath>
@@ -16,19 +16,17 @@
 namespace VantixControl {
 
 namespace {
-constexpr int StepMs = 100;
-
 using Apply = std::function<Reply(double value)>;
 
 class RampJob : public TimedJob
 {
 public:
-    RampJob(SessionPrivate &session, const Done &done, Apply apply, double from, double to, qint64 ms, bool integral)
-        : TimedJob(session, done)
+    RampJob(SessionPrivate &session, Apply apply, double from, double to, qint64 ms, bool integral)
+        : TimedJob(session)
         , m_apply(std::move(apply))
     {
         // Whole numbers never repeat a value.
-        qint64 steps = std::max<qint64>(1, ms / StepMs);
+        qint64 steps = std::max<qint64>(1, ms / Timing::RampStepMs);
         if (integral) {
             steps = std::max<qint64>(1, std::min<qint64>(steps, std::llabs(std::llround(to) - std::llround(from))));
         }
@@ -36,10 +34,11 @@ public:
             m_values.append(from + (to - from) * double(i) / double(steps));
             m_times.append(ms * i / steps);
         }
-        step();
     }
 
 private:
+    void begin() override { step(); }
+
     void step()
     {
         const Reply reply = m_apply(m_values.at(m_index));
@@ -63,35 +62,22 @@ QString numberText(double value, bool integral)
     return integral ? QString::number(qRound64(value)) : QString::number(value, 'g', 10);
 }
 
-void ramp(Invocation &invocation, const Done &done)
+TimedJob *ramp(Invocation &invocation, Reply *refusal)
 {
-    const QStringList &args = invocation.args;
-    if (args.size() != 5) {
-        done(Reply::failure(
-            ErrorClass::BadRequest, QStringLiteral("usage: ramp <target> <property|debug command> <from> <to> <ms>")));
-        return;
-    }
+    const QStringList args = invocation.args;
     Target target;
     QString error;
     if (!invocation.session.resolve(args.at(0), &target, &error)) {
-        done(Reply::failure(ErrorClass::UnknownTarget, error));
-        return;
+        *refusal = Reply::failure(ErrorClass::UnknownTarget, error);
+        return nullptr;
     }
-    bool fromOk = false;
-    bool toOk = false;
-    const double from = QLocale::c().toDouble(args.at(2), &fromOk);
-    const double to = QLocale::c().toDouble(args.at(3), &toOk);
-    qlonglong ms = 0;
-    if (!fromOk || !toOk || !std::isfinite(from) || !std::isfinite(to) || !ValueText::parseInteger(args.at(4), &ms) ||
-        ms < 0 || ms > std::numeric_limits<int>::max()) {
-        done(Reply::failure(
-            ErrorClass::BadValue, QStringLiteral("ramp needs numbers for <from> and <to> and a whole number of ms")));
-        return;
-    }
+    const double from = invocation.number(QStringLiteral("from"));
+    const double to = invocation.number(QStringLiteral("to"));
+    const qlonglong ms = invocation.integer(QStringLiteral("ms"));
     const QString what = args.at(1);
     Apply apply;
     bool integral = true;
-    if (isDebugCommand(what) || what.contains(QLatin1Char(','))) {
+    if (isDebugCommand({what}, invocation.session.commands()) || what.contains(QLatin1Char(','))) {
         qlonglong whole = 0;
         integral = ValueText::parseInteger(args.at(2), &whole) && ValueText::parseInteger(args.at(3), &whole);
         apply = [what, integral](
@@ -99,14 +85,14 @@ void ramp(Invocation &invocation, const Done &done)
     } else {
         QMetaProperty property;
         if (!Reflection::findProperty(target.object, target.name, what, &property, &error)) {
-            done(Reply::failure(ErrorClass::UnknownTarget, error));
-            return;
+            *refusal = Reply::failure(ErrorClass::UnknownTarget, error);
+            return nullptr;
         }
         const Effect effect = effectOf(target.object->metaObject(), property.name());
         if (!property.isWritable() || !ValueText::isNumeric(property.userType()) || effect.kind == Effect::None) {
-            done(Reply::failure(ErrorClass::Failed,
-                QStringLiteral("%1.%2 is not a writable number; ramp a debug command instead").arg(target.name, what)));
-            return;
+            *refusal = Reply::failure(ErrorClass::Failed,
+                QStringLiteral("%1.%2 is not a writable number; ramp a debug command instead").arg(target.name, what));
+            return nullptr;
         }
         integral = ValueText::isIntegral(property.userType());
         const QPointer<QObject> object = target.object;
@@ -130,7 +116,7 @@ void ramp(Invocation &invocation, const Done &done)
             return Reply::success();
         };
     }
-    new RampJob(invocation.session, done, apply, from, to, ms, integral);
+    return new RampJob(invocation.session, apply, from, to, ms, integral);
 }
 } // namespace
 
@@ -138,12 +124,13 @@ void addRamp(CommandTable &table)
 {
     CommandEntry entry;
     entry.name = QStringLiteral("ramp");
-    entry.arguments = {{QStringLiteral("target"), QStringLiteral("target")},
-        {QStringLiteral("what"), QStringLiteral("property")}, {QStringLiteral("from"), QStringLiteral("number")},
-        {QStringLiteral("to"), QStringLiteral("number")}, {QStringLiteral("ms"), QStringLiteral("ms")}};
-    entry.usages = QStringList{QStringLiteral("ramp <target> <property|debug command> <from> <to> <ms>")};
+    entry.forms = {{required(QStringLiteral("target"), Argument::Target),
+        required(QStringLiteral("property|command"), Argument::Property),
+        required(QStringLiteral("from"), Argument::Number), required(QStringLiteral("to"), Argument::Number),
+        required(QStringLiteral("ms"), Argument::Milliseconds)}};
     entry.help = QStringLiteral("change a value step by step; a debug command gets the value as its last argument");
-    entry.start = ramp;
+    entry.label = QStringLiteral("Ramp");
+    entry.job = ramp;
     table.add(entry);
 }
 

@@ -1,9 +1,9 @@
 // record <file> | record stop: the session's commands as a script that replays them.
 
 #include "commandtable_p.h"
-#include <vantix/platformnames.h>
 #include "session_p.h"
 
+#include <vantix/platformnames.h>
 #include <vantix/system.h>
 
 #include <QDateTime>
@@ -11,13 +11,12 @@
 namespace VantixControl {
 
 namespace {
+enum RecordForm { StopForm, StartForm };
+
 Reply record(Invocation &invocation)
 {
     SessionPrivate &session = invocation.session;
-    if (invocation.args.size() != 1) {
-        return Reply::failure(ErrorClass::BadRequest, QStringLiteral("usage: record <file> | record stop"));
-    }
-    if (invocation.args.at(0) == QLatin1String("stop")) {
+    if (invocation.form == StopForm) {
         const QString path = session.recorder.stop();
         if (path.isEmpty()) {
             return Reply::failure(ErrorClass::Failed, QStringLiteral("nothing is being recorded"));
@@ -29,7 +28,7 @@ Reply record(Invocation &invocation)
                                .arg(QDateTime::currentDateTime().toString(Qt::ISODate),
                                    TQ_SPAPI::PlatformNames::name(session.system->platform()));
     QString error;
-    if (!session.recorder.start(invocation.args.at(0), header, session.elapsedMs(), &error)) {
+    if (!session.recorder.start(invocation.text(QStringLiteral("file")), header, session.elapsedMs(), &error)) {
         return Reply::failure(ErrorClass::Failed, error);
     }
     return Reply::success(QStringLiteral("recording to ") + session.recorder.path())
@@ -41,9 +40,11 @@ void addRecord(CommandTable &table)
 {
     CommandEntry entry;
     entry.name = QStringLiteral("record");
-    entry.arguments = {{QStringLiteral("file"), QStringLiteral("file")}};
-    entry.usages = QStringList{QStringLiteral("record <file>"), QStringLiteral("record stop")};
+    entry.forms.resize(2);
+    entry.forms[StopForm] = {keyword(QStringLiteral("stop"), {QStringLiteral("stop")})};
+    entry.forms[StartForm] = {required(QStringLiteral("file"), Argument::File)};
     entry.help = QStringLiteral("write the following commands, with the time between them as waits, to a script");
+    entry.label = QStringLiteral("Record");
     entry.run = record;
     table.add(entry);
 }
