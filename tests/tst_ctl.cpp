@@ -13,6 +13,7 @@
 #include <vantixcontrol/protocol/argument.h>
 
 #include <QJsonArray>
+#include <QTemporaryDir>
 #include <QtTest>
 
 using namespace TQ_SPAPI;
@@ -130,6 +131,14 @@ private Q_SLOTS:
         QCOMPARE(ssid(), word);
         QCOMPARE(ctl({"setssid,x", word}).exitCode, 0);
         QCOMPARE(ssid(), "x " + word);
+    }
+
+    void filesAreNamedFromTheCallersFolder()
+    {
+        QTemporaryDir folder;
+        const ProgramRun run = ctl({"dump", "state.json"}, folder.path());
+        QVERIFY2(run.exitCode == 0, qPrintable(run.out + run.err));
+        QVERIFY(QFileInfo(folder.filePath("state.json")).isFile());
     }
 
 private:
