@@ -29,6 +29,10 @@
 #include <QSignalSpy>
 #include <QtTest>
 
+#include <csignal>
+#include <sys/resource.h>
+#include <sys/stat.h>
+
 using namespace TQ_SPAPI;
 using namespace VantixControl;
 
@@ -236,7 +240,7 @@ private Q_SLOTS:
         row("devices all", "KO: usage: devices", E::BadRequest);
         row("help plug unplug", "KO: usage: help [command]", E::BadRequest);
         row("unplug", "KO: usage: unplug <device>", E::BadRequest);
-        row("record", "KO: usage: record stop | record <file>", E::BadRequest);
+        row("record", "KO: usage: record stop | record [--force] <file>", E::BadRequest);
         row("expect battery1",
             "KO: usage: expect <target> present|absent [within <ms>] | expect <target> emitted <signal> [within <ms>] "
             "| expect <target> <property> [=|==|!=|<|<=|>|>=|has|lacks] <value> [within <ms>]",
@@ -248,6 +252,7 @@ private Q_SLOTS:
         row("unplug battery9", "KO: unknown device \"battery9\"; expected an id name, number or alias",
             E::UnknownTarget);
         row("ramp gadget level 0 x 100", "KO: to: expected a finite number such as 2.5, got \"x\"", E::BadValue);
+        row("dump --force", "KO: --force needs a file to replace", E::BadRequest);
         row("FLIGHTMODE OFF", "OK");
         row("expect power status has F_ENABLE", "OK");
         row("expect power status lacks F_ENABLE", "KO: ID_POWER_SUPPLY.status is F_ENABLE, expected lacks F_ENABLE",
@@ -752,7 +757,7 @@ private Q_SLOTS:
         // The type names front ends have always read.
         QCOMPARE(
             byName.value("wait").value("arguments").toArray().at(0).toObject().value("type").toString(), QString("ms"));
-        QCOMPARE(byName.value("dump").value("usage").toArray(), QJsonArray({"dump [file]"}));
+        QCOMPARE(byName.value("dump").value("usage").toArray(), QJsonArray({"dump [--force] [file]"}));
         const QJsonObject within = byName.value("expect").value("arguments").toArray().last().toObject();
         QCOMPARE(within.value("value").toObject(), (QJsonObject{{"name", "ms"}, {"type", "ms"}}));
 
@@ -800,6 +805,95 @@ private Q_SLOTS:
         m_session = new Session(System::instance());
         QCOMPARE(run("hello 5").error, ErrorClass::UnknownCommand);
         QCOMPARE(heard.size(), 2);
+    }
+
+    // A recording holds what changes or checks the hardware, each entry on
+    // one line, and replays to the same story.
+    void recordingsHoldOneLinePerCommand()
+    {
+        const QString path = QDir(m_root->path()).filePath("story.vsim");
+        QVERIFY(run("record " + path).ok);
+        for (const char *read :
+            {"get battery1 fuelGauge", "show battery1", "devices", "help", "sysinfo", "dump", "help get"}) {
+            QVERIFY2(run(read).ok, read);
+        }
+        QVERIFY(!run("get nosuch prop\nsetbatteryfuel,1,5").ok);
+        QCOMPARE(run("# a note\nsetbatteryfuel,1,6").answer(), QString("OK"));
+        QCOMPARE(run(Words::join({"set", "gadget", "text", "two\nlines"})).answer(), QString("OK"));
+        QCOMPARE(run("setssid,My  Home").answer(), QString("OK"));
+        QVERIFY(run("record stop").ok);
+        // The time the reads took is kept as a pause before what follows them.
+        const QStringList body = QString::fromUtf8(readFile(path))
+                                     .split('\n', Qt::SkipEmptyParts)
+                                     .mid(2)
+                                     .filter(QRegularExpression("^(?!wait \\d+$)"));
+        QCOMPARE(body,
+            QStringList({"# get nosuch prop\\nsetbatteryfuel,1,5", "#   KO: usage: get <target> <property>",
+                "# a note\\nsetbatteryfuel,1,6", "set gadget text \"two\\nlines\"", "setssid,My Home"}));
+
+        // Replayed as a script is read, one line at a time: only what ran comes back.
+        QCOMPARE(run("setbatteryfuel,1,100").answer(), QString("OK"));
+        QCOMPARE(run("setssid,other").answer(), QString("OK"));
+        m_gadget->m_text.clear();
+        for (const QString &line : QString::fromUtf8(readFile(path)).split('\n')) {
+            QVERIFY2(run(line).ok, qPrintable(line));
+        }
+        QCOMPARE(m_gadget->m_text, QString("two\nlines"));
+        QCOMPARE(System::instance()->device(D::ID_NETWORK_WIFI)->property("wifiSsid").toString(), QString("My Home"));
+        QCOMPARE(System::instance()->device(D::ID_BATTERY_1ST)->property("fuelGauge").toInt(), 100);
+    }
+
+    // Files are new or replaced on request, never a pipe, device or folder,
+    // opened without blocking, and every failed write is reported.
+    void filesAreWrittenHonestly()
+    {
+        const QDir folder(m_root->path());
+        const QString state = folder.filePath("state.json");
+        QVERIFY(run("dump " + state).ok);
+        QCOMPARE(run("dump " + state).answer(), "KO: cannot write " + state + ": it exists; --force replaces it");
+        QCOMPARE(run("record " + state).error, ErrorClass::Failed);
+        QVERIFY(run("dump --force " + state).ok);
+
+        const QString fifo = folder.filePath("fifo");
+        QCOMPARE(::mkfifo(QFile::encodeName(fifo).constData(), 0600), 0);
+        QElapsedTimer clock;
+        clock.start();
+        QCOMPARE(run("dump --force " + fifo).answer(), "KO: cannot write " + fifo + ": it is no regular file");
+        QCOMPARE(run("record --force " + fifo).answer(), "KO: cannot write " + fifo + ": it is no regular file");
+        QCOMPARE(
+            run("record --force /dev/full").answer(), QString("KO: cannot write /dev/full: it is no regular file"));
+        QCOMPARE(run("dump --force " + folder.path()).error, ErrorClass::Failed);
+        QVERIFY(clock.elapsed() < 1000);
+        QCOMPARE(run("record --force " + state).answer(), "OK recording to " + state);
+        QCOMPARE(run("record stop").answer(), "OK recorded to " + state);
+
+        // Relative names are the client's: taken from the folder that came with the line.
+        Reply written;
+        m_session->execute("dump relative.json", folder.path(), [&written](const Reply &reply) { written = reply; });
+        QCOMPARE(written.answer(), "OK written to " + folder.filePath("relative.json"));
+
+        // A file that stops taking data (here: past the size limit) ends the recording; stop says so.
+        struct rlimit before;
+        QCOMPARE(::getrlimit(RLIMIT_FSIZE, &before), 0);
+        const auto oldHandler = std::signal(SIGXFSZ, SIG_IGN);
+        struct rlimit small = before;
+        small.rlim_cur = 400;
+        QCOMPARE(::setrlimit(RLIMIT_FSIZE, &small), 0);
+        const QString full = folder.filePath("full.vsim");
+        const Reply started = run("record " + full);
+        Reply dumped = run("dump " + folder.filePath("big.json"));
+        for (int i = 0; i < 20; ++i) {
+            run("setbatteryfuel,1,50");
+        }
+        const Reply stopped = run("record stop");
+        ::setrlimit(RLIMIT_FSIZE, &before);
+        std::signal(SIGXFSZ, oldHandler);
+        QVERIFY2(started.ok, qPrintable(started.answer()));
+        QVERIFY2(
+            dumped.answer().startsWith("KO: cannot write " + folder.filePath("big.json")), qPrintable(dumped.answer()));
+        QVERIFY2(stopped.answer().startsWith("KO: the recording to " + full + " ended after "),
+            qPrintable(stopped.answer()));
+        QCOMPARE(run("record stop").answer(), QString("KO: nothing is being recorded"));
     }
 
     void describeIsTheWholeSchema()

@@ -57,7 +57,9 @@ private Q_SLOTS:
         row("device type flags", {"plug", "stick", "DEVICE_DI"}, {"DEVICE_DISK", "DEVICE_DISPLAY"});
         row("keys", {"key", "keypad+"}, {"keypad+1", "keypad+2", "keypad+3", "keypad+7", "keypad+8"});
         row("help takes debug commands", {"help", "setbatteryf"}, {"setbatteryfuel"});
-        row("record's words", {"record", ""}, {"stop"});
+        row("record's words", {"record", ""}, {"stop", "--force"});
+        row("a file after --force", {"record", "--force", ""}, {});
+        row("dump", {"dump", ""}, {"--force"});
         row("expect's second word", {"expect", "battery1", ""}, {"present", "absent", "emitted", "fuelGauge"}, false);
         row("signals", {"expect", "battery1", "emitted", "fuel"}, {"fuelGaugeChanged"});
         row("an operator or a value", {"expect", "wifi", "networkState", ""}, {"!=", "NETWORK_STATE_DISCONNECTED"},
@@ -139,6 +141,8 @@ private Q_SLOTS:
         const ProgramRun run = ctl({"dump", "state.json"}, folder.path());
         QVERIFY2(run.exitCode == 0, qPrintable(run.out + run.err));
         QVERIFY(QFileInfo(folder.filePath("state.json")).isFile());
+        QCOMPARE(ctl({"dump", "state.json"}, folder.path()).exitCode, 1);
+        QCOMPARE(ctl({"dump", "--force", "state.json"}, folder.path()).exitCode, 0);
     }
 
 private:

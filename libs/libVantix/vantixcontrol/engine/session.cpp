@@ -179,7 +179,10 @@ void SessionPrivate::complete(quint64 generation, const Record &record, const Se
         return;
     }
     m_busy = false;
-    recorder.note(record.line, reply, elapsedMs());
+    // A read-only command that did its job is no part of the story; a failure is kept as a comment.
+    if (!record.skip || !reply.ok) {
+        recorder.note(record.line, reply.ok ? record.words : QStringList(), reply, elapsedMs());
+    }
     const QPointer<SessionPrivate> alive(this);
     done(reply);
     if (alive && !m_processing && !m_queue.isEmpty()) {

@@ -100,26 +100,29 @@ QString Words::quote(const QString &word)
     if (plain) {
         return word;
     }
-    QString quoted;
-    quoted.reserve(word.size() + 2);
-    quoted.append(QLatin1Char('"'));
-    for (const QChar c : word) {
+    return QLatin1Char('"') + escape(word) + QLatin1Char('"');
+}
+
+QString Words::escape(const QString &text)
+{
+    QString escaped;
+    escaped.reserve(text.size());
+    for (const QChar c : text) {
         if (c == QLatin1Char('"') || c == QLatin1Char('\\')) {
-            quoted.append(QLatin1Char('\\')).append(c);
+            escaped.append(QLatin1Char('\\')).append(c);
         } else if (c == QLatin1Char('\n')) {
-            quoted.append(QLatin1String("\\n"));
+            escaped.append(QLatin1String("\\n"));
         } else if (c == QLatin1Char('\r')) {
-            quoted.append(QLatin1String("\\r"));
+            escaped.append(QLatin1String("\\r"));
         } else if (c == QLatin1Char('\t')) {
-            quoted.append(QLatin1String("\\t"));
+            escaped.append(QLatin1String("\\t"));
         } else if (needsEscape(c)) {
-            quoted.append(QStringLiteral("\\u%1").arg(c.unicode(), 4, 16, QLatin1Char('0')));
+            escaped.append(QStringLiteral("\\u%1").arg(c.unicode(), 4, 16, QLatin1Char('0')));
         } else {
-            quoted.append(c);
+            escaped.append(c);
         }
     }
-    quoted.append(QLatin1Char('"'));
-    return quoted;
+    return escaped;
 }
 
 QString Words::join(const QStringList &words)

@@ -59,6 +59,8 @@ Reply help(Invocation &invocation)
         lines.append(QStringLiteral("Values: numbers, true/false, text (in double quotes when it has blanks), "
                                     "enum and flag names (F_ENABLE|F_CHARGE, IDevice::F_ACTIVE), colours (red)."));
         lines.append(QStringLiteral("Scripts: one command per line, # starts a comment; the first KO ends the run."));
+        lines.append(QStringLiteral("Files (dump, record) are new files, named from the client's folder; --force "
+                                    "replaces a regular file."));
     }
     return Reply::success().withValue(QStringLiteral("commands"), shown).withLines(lines);
 }
