@@ -807,6 +807,67 @@ private Q_SLOTS:
         QCOMPARE(heard.size(), 2);
     }
 
+    void rampStaysInRange_data()
+    {
+        QTest::addColumn<QString>("line");
+        QTest::addColumn<QString>("answer");
+        QTest::newRow("beyond uint") << "ramp display brightnes 1e300 0 0"
+                                     << "KO: brightnes: 1e300 is beyond what it takes, from 0 to 4294967295";
+        QTest::newRow("both beyond") << "ramp display brightnes 1e300 1e300 0"
+                                     << "KO: brightnes: 1e300 is beyond";
+        QTest::newRow("below int") << "ramp gadget level -3e9 0 100"
+                                   << "KO: level: -3e9 is beyond what it takes";
+        QTest::newRow("longer than a day") << "ramp display brightnes 0 1e300 2147483647"
+                                           << "KO: ms: a ramp takes at most 86400000 ms (24 hours), got 2147483647";
+        QTest::newRow("a day") << "ramp gadget level 0 2000000000 86400000"
+                               << "";
+        QTest::newRow("debug integer") << "ramp battery1 setbatteryfuel,1 0 3e9 100"
+                                       << "KO: setbatteryfuel,1: 3e9 is beyond what it takes";
+        QTest::newRow("debug without a number") << "ramp battery1 jack 0 1 100"
+                                                << "KO: jack takes no number last; ramp a debug command";
+        QTest::newRow("debug unknown") << "ramp battery1 frobnicate,1 0 10 100"
+                                       << "KO: illegal command";
+        QTest::newRow("opposite ends of double") << "ramp gadget ratio 1e308 -1e308 300"
+                                                 << "OK";
+        QTest::newRow("debug real, opposite ends") << "ramp battery1 setbatterycurrent,1 1e308 -1e308 0"
+                                                   << "OK";
+    }
+
+    void rampStaysInRange()
+    {
+        QFETCH(QString, line);
+        QFETCH(QString, answer);
+        QSignalSpy ratios(m_gadget, &Gadget::ratioChanged);
+        if (answer.isEmpty()) {
+            // Accepted, and each step worked out as it comes due: the first, then the next a step later.
+            QSignalSpy levels(m_gadget, &Gadget::levelChanged);
+            bool done = false;
+            m_session->execute(line, [&done](const Reply &) { done = true; });
+            QCOMPARE(levels.size(), 1);
+            QTRY_COMPARE_WITH_TIMEOUT(levels.size(), 2, 10 * Timing::RampStepMs);
+            m_session->cancel();
+            QVERIFY(!done);
+            return;
+        }
+        const Reply reply = run(line);
+        QVERIFY2(reply.answer().startsWith(answer), qPrintable(reply.answer()));
+        for (const QList<QVariant> &ratio : qAsConst(ratios)) {
+            QVERIFY(std::isfinite(ratio.at(0).toDouble()));
+        }
+        if (line.contains("gadget ratio")) {
+            QCOMPARE(ratios.size(), 4);
+            QCOMPARE(m_gadget->m_ratio, -1e308);
+        }
+    }
+
+    void rampStepsRealsEvenly()
+    {
+        QCOMPARE(run("ramp battery1 setbatterycurrent,1 0 1 300").answer(), QString("OK"));
+        QCOMPARE(System::instance()->device(D::ID_BATTERY_1ST)->property("current").toDouble(), 1.0);
+        QCOMPARE(run("ramp gadget level 10 10 300").answer(), QString("OK"));
+        QCOMPARE(m_gadget->m_level, 10);
+    }
+
     // A recording holds what changes or checks the hardware, each entry on
     // one line, and replays to the same story.
     void recordingsHoldOneLinePerCommand()

@@ -60,7 +60,7 @@ Reply help(Invocation &invocation)
                                     "enum and flag names (F_ENABLE|F_CHARGE, IDevice::F_ACTIVE), colours (red)."));
         lines.append(QStringLiteral("Scripts: one command per line, # starts a comment; the first KO ends the run."));
         lines.append(QStringLiteral("Files (dump, record) are new files, named from the client's folder; --force "
-                                    "replaces a regular file."));
+                                    "replaces a regular file. A ramp lasts at most 24 hours."));
     }
     return Reply::success().withValue(QStringLiteral("commands"), shown).withLines(lines);
 }
