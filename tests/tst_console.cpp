@@ -18,6 +18,7 @@
 #include "words.h"
 
 #include <vantix/vantix.h>
+#include <vantix/vantix_version.h>
 
 #include <vantixcontrol/protocol/event.h>
 #include <vantixcontrol/protocol/reply.h>
@@ -375,6 +376,11 @@ private Q_SLOTS:
         const QJsonObject first = devices.value.toArray().first().toObject();
         QCOMPARE(first.value("name").toString(), QString("ID_LED_POWER"));
         QVERIFY(devices.lines.at(1).startsWith("ID_LED_POWER           1    ledpower      ILed"));
+        const Reply version = run("version");
+        QCOMPARE(version.answer(), QString("OK " VANTIX_VERSION_STRING));
+        QCOMPARE(version.type, QString("QString"));
+        QCOMPARE(version.value, QJsonValue(VANTIX_VERSION_STRING));
+        QCOMPARE(run("version 2").answer(), QString("KO: usage: version"));
         const Reply added = run("call gadget add 2 40");
         QCOMPARE(added.type, QString("int"));
         QCOMPARE(added.value, QJsonValue(42));
@@ -875,7 +881,7 @@ private Q_SLOTS:
         const QString path = QDir(m_root->path()).filePath("story.vsim");
         QVERIFY(run("record " + path).ok);
         for (const char *read :
-            {"get battery1 fuelGauge", "show battery1", "devices", "help", "sysinfo", "dump", "help get"}) {
+            {"get battery1 fuelGauge", "show battery1", "devices", "help", "sysinfo", "dump", "help get", "version"}) {
             QVERIFY2(run(read).ok, read);
         }
         QVERIFY(!run("get nosuch prop\nsetbatteryfuel,1,5").ok);
