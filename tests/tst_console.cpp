@@ -885,6 +885,7 @@ private Q_SLOTS:
             QVERIFY2(run(read).ok, read);
         }
         QVERIFY(!run("get nosuch prop\nsetbatteryfuel,1,5").ok);
+        QVERIFY(!run("bogus \"x\"").ok);
         QCOMPARE(run("# a note\nsetbatteryfuel,1,6").answer(), QString("OK"));
         QCOMPARE(run(Words::join({"set", "gadget", "text", "two\nlines"})).answer(), QString("OK"));
         QCOMPARE(run("setssid,My  Home").answer(), QString("OK"));
@@ -896,6 +897,7 @@ private Q_SLOTS:
                                      .filter(QRegularExpression("^(?!wait \\d+$)"));
         QCOMPARE(body,
             QStringList({"# get nosuch prop\\nsetbatteryfuel,1,5", "#   KO: usage: get <target> <property>",
+                "# bogus \"x\"", "#   KO: unknown command \"bogus\"; help lists the commands",
                 "# a note\\nsetbatteryfuel,1,6", "set gadget text \"two\\nlines\"", "setssid,My Home"}));
 
         // Replayed as a script is read, one line at a time: only what ran comes back.

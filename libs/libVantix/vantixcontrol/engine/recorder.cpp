@@ -10,10 +10,10 @@
 namespace VantixControl {
 
 namespace {
-// A comment's text, escaped as inside quotes, so that nothing in it ends the line.
+// A comment's text on one line: nothing in it can end the line and start another.
 QByteArray commentText(const QString &text)
 {
-    return Words::escape(text).toUtf8();
+    return Words::printable(text).toUtf8();
 }
 } // namespace
 
