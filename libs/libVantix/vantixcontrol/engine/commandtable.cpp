@@ -2,8 +2,8 @@
 
 #include "devicenames_p.h"
 #include "keynames_p.h"
+#include "session_p.h"
 #include "valuetext_p.h"
-#include <vantix/vantixdebug.h>
 
 #include <QDir>
 #include <QLocale>
@@ -62,15 +62,7 @@ QString alternatives(const QStringList &choices)
 
 bool isCommand(const CommandTable &table, const QString &word)
 {
-    if (table.find(word)) {
-        return true;
-    }
-    for (const TQ_SPAPI::VantixDebug::CommandInfo &debug : TQ_SPAPI::VantixDebug::commands()) {
-        if (debug.word == word) {
-            return true;
-        }
-    }
-    return false;
+    return table.find(word) || debugCommand(word);
 }
 
 // Checks @p word as a @p type named @p name; its converted value, if it has one, goes to @p value.
