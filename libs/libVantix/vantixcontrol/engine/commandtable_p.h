@@ -20,7 +20,6 @@ namespace VantixControl {
 class SessionPrivate;
 class TimedJob;
 
-using ArgumentInfo = Argument;
 /// One way to write a command: its arguments in order.
 using Form = QVector<Argument>;
 
