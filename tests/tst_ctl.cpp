@@ -48,6 +48,8 @@ private Q_SLOTS:
                              bool exactly = true) { QTest::newRow(name) << words << expected << exactly; };
         row("commands and debug commands", {""}, {"help", "get", "expect", "setbatteryfuel", "addotga"}, false);
         row("a command", {"fl"}, {"flightmode"});
+        row("a debug command's choice", {"setbatteryfuel,"}, {"setbatteryfuel,1", "setbatteryfuel,2"});
+        row("a debug command's number", {"setbatteryfuel,1,"}, {});
         row("targets", {"get", ""}, {"system", "ID_BATTERY_1ST", "battery1", "timesettings"}, false);
         row("properties", {"get", "battery1", "fuel"}, {"fuelGauge"});
         row("only writable ones", {"set", "display", "b"}, {"brightnes", "backlight"});

@@ -183,6 +183,23 @@ QStringList forType(const QJsonObject &schema, const Argument &argument, const Q
     }
     return {};
 }
+
+// A debug command's next comma-separated argument, where it is a choice: "setbatteryfuel," gives ",1" and ",2".
+QStringList debugArguments(const QJsonObject &schema, const QString &partial)
+{
+    const int comma = partial.lastIndexOf(QLatin1Char(','));
+    const QStringList pieces = partial.split(QLatin1Char(','));
+    const QJsonObject command = findNamed(schema.value(QLatin1String("debugCommands")).toArray(), pieces.first());
+    const QVector<Argument> form = formsOf(command).value(0);
+    const int index = pieces.size() - 2;
+    QStringList result;
+    if (index < form.size() && form.at(index).type == Argument::Choice) {
+        for (const QString &choice : form.at(index).choices) {
+            result.append(partial.left(comma + 1) + choice);
+        }
+    }
+    return result;
+}
 } // namespace
 
 QStringList Completion::candidates(const QJsonObject &schema, const QStringList &wordsIn)
@@ -194,7 +211,9 @@ QStringList Completion::candidates(const QJsonObject &schema, const QStringList 
     const QString partial = words.last();
     QStringList all;
     const QJsonArray commands = schema.value(QLatin1String("commands")).toArray();
-    if (words.size() == 1) {
+    if (words.size() == 1 && partial.contains(QLatin1Char(','))) {
+        all = debugArguments(schema, partial);
+    } else if (words.size() == 1) {
         all = namesOf(commands, false) + namesOf(schema.value(QLatin1String("debugCommands")).toArray(), false);
     } else {
         const QStringList complete = words.mid(1, words.size() - 2);
