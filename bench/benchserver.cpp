@@ -12,6 +12,7 @@
 #include <vantix/vantix.h>
 
 #include <vantixcontrol/protocol/reply.h>
+#include <vantixcontrol/engine/engine.h>
 #include <vantixcontrol/engine/session.h>
 
 #include <qbcommon/appconfig.h>
@@ -70,20 +71,24 @@ int main(int argc, char *argv[])
     qputenv("VANTIX_CONTROL", argv[1]);
     AppConfig::instance()->setRootPath(QString::fromLocal8Bit(argv[2]));
 
-    Session::addHostCommand({QStringLiteral("burst"), QStringLiteral("burst <count>"),
-        QStringLiteral("set the first battery's fuel <count> times, to 0, 1, ... 100, 0, ..."),
-        [&app](Session &, const QStringList &args) {
-            bool ok = false;
-            const int count = args.size() == 1 ? args.first().toInt(&ok) : 0;
-            if (!ok || count <= 0) {
-                return Reply::failure(ErrorClass::BadRequest, QStringLiteral("usage: burst <count>"));
-            }
-            new Burst(count, &app);
-            return Reply::success();
-        }});
-
     SystemPlatformType::type = System::PT_TOLVEX_PLUS;
     System *system = System::instance();
+    Engine::HostCommand burst;
+    burst.name = QStringLiteral("burst");
+    Argument count;
+    count.name = QStringLiteral("count");
+    count.type = Argument::Integer;
+    burst.arguments = {count};
+    burst.help = QStringLiteral("set the first battery's fuel <count> times, to 0, 1, ... 100, 0, ...");
+    burst.run = [&app](Session &, const QStringList &args) {
+        const int count = args.first().toInt();
+        if (count <= 0) {
+            return Reply::failure(ErrorClass::BadValue, QStringLiteral("burst needs a count above 0"));
+        }
+        new Burst(count, &app);
+        return Reply::success();
+    };
+    Engine::of(system)->addHostCommand(burst);
     // Past apiReady the start's own signals are over; the figures see only what clients cause.
     QObject::connect(system, &System::apiReady, &app, [] {
         std::printf("ready\n");

@@ -72,17 +72,21 @@ QByteArray idKey(const QJsonValue &id)
 // command with a file argument and any argument that leaves the folder.
 bool writesOutside(const QString &line, const QDir &folder)
 {
+    // The built-in commands; they are the same in every engine.
+    static const VantixControl::CommandTable commands;
     const QString text = line.trimmed();
     QStringList args;
     QString error;
-    if (text.isEmpty() || text.startsWith(QLatin1Char('#')) || VantixControl::isDebugCommand(text) ||
-        !VantixControl::Words::split(text, &args, &error) || args.isEmpty()) {
+    if (text.isEmpty() || text.startsWith(QLatin1Char('#')) || !VantixControl::Words::split(text, &args, &error) ||
+        args.isEmpty() || VantixControl::isDebugCommand(args, &commands)) {
         return false;
     }
-    const VantixControl::CommandEntry *command = VantixControl::CommandTable::instance().find(args.first().toLower());
+    const VantixControl::CommandEntry *command = commands.find(args.first().toLower());
     bool writes = false;
-    for (int i = 0; command && i < command->arguments.size(); ++i) {
-        writes = writes || command->arguments.at(i).type == QLatin1String("file");
+    for (const VantixControl::Form &form : command ? command->forms : QVector<VantixControl::Form>()) {
+        for (const VantixControl::Argument &argument : form) {
+            writes = writes || argument.type == VantixControl::Argument::File;
+        }
     }
     if (!writes) {
         return false;

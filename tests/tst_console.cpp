@@ -8,13 +8,17 @@
 #include "devicenames_p.h"
 #include "eventwatcher_p.h"
 #include "logcapture.h"
+#include "engine_p.h"
 #include "session_p.h"
 #include "testfiles.h"
 #include "testroot.h"
 #include "testsystem.h"
+#include "timing_p.h"
 #include "valuetext_p.h"
+#include "words.h"
 
 #include <vantix/vantix.h>
+#include <vantix/vantix_version.h>
 
 #include <vantixcontrol/protocol/event.h>
 #include <vantixcontrol/protocol/reply.h>
@@ -25,6 +29,10 @@
 #include <QJsonDocument>
 #include <QSignalSpy>
 #include <QtTest>
+
+#include <csignal>
+#include <sys/resource.h>
+#include <sys/stat.h>
 
 using namespace TQ_SPAPI;
 using namespace VantixControl;
@@ -221,13 +229,32 @@ private Q_SLOTS:
         row("key hyper+F4", "KO: unknown modifier \"hyper\"; expected shift, ctrl, alt, meta or keypad", E::BadValue);
         row("key shift+nokey", "KO: unknown key \"nokey\"; expected a key name such as F2, F9, 1, A, Space or Enter",
             E::BadValue);
-        row("flightmode maybe", "KO: usage: flightmode on|off", E::BadRequest);
+        row("flightmode maybe", "KO: state: expected on or off, got \"maybe\"", E::BadValue);
         row("plug nothing", "KO: unknown device \"nothing\"; expected an id name, number or alias", E::UnknownTarget);
         row("plug battery1", "KO: ID_BATTERY_1ST is already plugged", E::Failed);
         row("plug usb DEVICE_NOPE", "KO: type: expected names of DEVICE_UNKNOWN", E::BadValue);
         row("unplug otgb", "KO: ID_USB_OTG_B is not plugged", E::UnknownTarget);
-        row("wait -5", "KO: usage: wait <ms>, with ms a whole number", E::BadRequest);
-        row("wait 1x", "KO: usage: wait <ms>, with ms a whole number", E::BadRequest);
+        row("wait -5", "KO: ms: expected a whole number of milliseconds from 0 to 2147483647, got \"-5\"", E::BadValue);
+        row("wait 1x", "KO: ms: expected a whole number of milliseconds from 0 to 2147483647, got \"1x\"", E::BadValue);
+        // The word count and the types are checked before any command runs, from its declaration.
+        row("wait", "KO: usage: wait <ms>", E::BadRequest);
+        row("devices all", "KO: usage: devices", E::BadRequest);
+        row("help plug unplug", "KO: usage: help [command]", E::BadRequest);
+        row("unplug", "KO: usage: unplug <device>", E::BadRequest);
+        row("record", "KO: usage: record stop | record [--force] <file>", E::BadRequest);
+        row("expect battery1",
+            "KO: usage: expect <target> present|absent [within <ms>] | expect <target> emitted <signal> [within <ms>] "
+            "| expect <target> <property> [=|==|!=|<|<=|>|>=|has|lacks] <value> [within <ms>]",
+            E::BadRequest);
+        row("expect battery1 fuelGauge 5 within soon",
+            "KO: within: expected a whole number of milliseconds from 0 to 2147483647, got \"soon\"", E::BadValue);
+        row("expect battery1 fuelGauge has 100 within 0", "KO: has needs a flags property such as status",
+            E::BadRequest);
+        row("unplug battery9", "KO: unknown device \"battery9\"; expected an id name, number or alias",
+            E::UnknownTarget);
+        row("ramp gadget level 0 x 100", "KO: to: expected a finite number such as 2.5, got \"x\"", E::BadValue);
+        row("dump --force", "KO: --force needs a file to replace", E::BadRequest);
+        row("FLIGHTMODE OFF", "OK");
         row("expect power status has F_ENABLE", "OK");
         row("expect power status lacks F_ENABLE", "KO: ID_POWER_SUPPLY.status is F_ENABLE, expected lacks F_ENABLE",
             E::Failed);
@@ -246,6 +273,7 @@ private Q_SLOTS:
         row("record stop", "KO: nothing is being recorded", E::Failed);
         row("help plug", "OK");
         row("help nothing", "KO: no command \"nothing\"; help lists the commands", E::UnknownCommand);
+        row("help SetBatteryFuel", "OK");
         row("dump /nonexistent/folder/state.json", "KO: cannot write", E::Failed);
         // vantix-sim's quit is its own; in any other application there is none.
         row("quit", "KO: unknown command \"quit\"", E::UnknownCommand);
@@ -348,6 +376,11 @@ private Q_SLOTS:
         const QJsonObject first = devices.value.toArray().first().toObject();
         QCOMPARE(first.value("name").toString(), QString("ID_LED_POWER"));
         QVERIFY(devices.lines.at(1).startsWith("ID_LED_POWER           1    ledpower      ILed"));
+        const Reply version = run("version");
+        QCOMPARE(version.answer(), QString("OK " VANTIX_VERSION_STRING));
+        QCOMPARE(version.type, QString("QString"));
+        QCOMPARE(version.value, QJsonValue(VANTIX_VERSION_STRING));
+        QCOMPARE(run("version 2").answer(), QString("KO: usage: version"));
         const Reply added = run("call gadget add 2 40");
         QCOMPARE(added.type, QString("int"));
         QCOMPARE(added.value, QJsonValue(42));
@@ -608,7 +641,7 @@ private Q_SLOTS:
         QTRY_VERIFY(System::instance()->device(D::ID_BATTERY_1ST)->property("fuelGauge").toInt() > 0);
         m_session->cancel();
         const int stoppedAt = System::instance()->device(D::ID_BATTERY_1ST)->property("fuelGauge").toInt();
-        QTest::qWait(300);
+        QTest::qWait(3 * Timing::RampStepMs);
         QCOMPARE(System::instance()->device(D::ID_BATTERY_1ST)->property("fuelGauge").toInt(), stoppedAt);
         QVERIFY(!rampDone);
         QVERIFY(m_session->isIdle());
@@ -644,7 +677,7 @@ private Q_SLOTS:
         const QString path = QDir(m_root->path()).filePath("story.vsim");
         QVERIFY(run("record " + path).answer().startsWith("OK recording to "));
         QCOMPARE(run("setbatteryfuel,1,50").answer(), QString("OK"));
-        QTest::qWait(120);
+        QTest::qWait(12 * Timing::MinimumRecordedWaitMs);
         QVERIFY(!run("bogus").ok);
         QCOMPARE(run("set display brightnes 30").answer(), QString("OK"));
         QVERIFY(run("record stop").answer().startsWith("OK recorded to "));
@@ -654,11 +687,282 @@ private Q_SLOTS:
         QCOMPARE(body.size(), 5);
         QCOMPARE(body.at(0), QString("setbatteryfuel,1,50"));
         QVERIFY(body.at(1).startsWith("wait "));
-        QVERIFY(body.at(1).mid(5).toInt() >= 120);
+        QVERIFY(body.at(1).mid(5).toInt() >= 12 * Timing::MinimumRecordedWaitMs);
         // A failed command is kept as a comment, so the replay does not stop there.
         QCOMPARE(body.at(2), QString("# bogus"));
         QVERIFY(body.at(3).startsWith("#   KO: unknown command"));
         QCOMPARE(body.at(4), QString("set display brightnes 30"));
+    }
+
+    // Words quoted by Words::join reach the engine as they were, whatever
+    // they hold, for console commands and for debug commands alike.
+    void hostileWordsRoundTrip_data()
+    {
+        QTest::addColumn<QString>("word");
+        QTest::newRow("newline") << "a\nb";
+        QTest::newRow("carriage return") << "a\r";
+        QTest::newRow("no-break space") << QString("non") + QChar(0x00a0) + "break";
+        QTest::newRow("line separator") << QString("line") + QChar(0x2028) + "sep";
+        QTest::newRow("backslash") << "back\\slash\\";
+        QTest::newRow("quote") << "say \"hi\"";
+        QTest::newRow("empty") << "";
+        QTest::newRow("leading hash") << "#not a comment";
+        QTest::newRow("comma") << "com,ma";
+        QTest::newRow("tab and blanks") << "  \tspaced  ";
+        QTest::newRow("escape look-alike") << "\\u0041\\n";
+        QTest::newRow("byte order mark") << QString(QChar(0xfeff)) + "x";
+    }
+
+    void hostileWordsRoundTrip()
+    {
+        QFETCH(QString, word);
+        m_gadget->m_text = word;
+        QCOMPARE(run(Words::join({"expect", "gadget", "text", word})).answer(), QString("OK"));
+        m_gadget->m_text = "before";
+        QCOMPARE(run(Words::join({"set", "gadget", "text", word})).answer(), QString("OK"));
+        QCOMPARE(m_gadget->m_text, word);
+
+        // The debug grammar splits at commas; the rest arrives as written.
+        const auto ssid = [] {
+            return System::instance()->device(D::ID_NETWORK_WIFI)->property("wifiSsid").toString();
+        };
+        QCOMPARE(run(Words::join({"setssid," + word})).answer(), QString("OK"));
+        QCOMPARE(ssid(), word.section(',', 0, 0));
+        // Words after a debug command's first word follow it, one blank apart, as typed.
+        QCOMPARE(run(Words::join({"setssid,x", word})).answer(), QString("OK"));
+        QCOMPARE(ssid(), QString("x " + word).section(',', 0, 0));
+    }
+
+    // help and describe give console and debug commands in one shape, from their declarations.
+    void helpAndDescribeShareOneShape()
+    {
+        const Reply help = run("help");
+        QCOMPARE(help.type, QString("commands"));
+        QMap<QString, QJsonObject> byName;
+        for (const QJsonValue &value : help.value.toArray()) {
+            const QJsonObject command = value.toObject();
+            for (const char *key :
+                {"name", "usage", "help", "label", "arguments", "forms", "host", "debug", "readOnly"}) {
+                QVERIFY2(command.contains(key), qPrintable(command.value("name").toString() + ": " + key));
+            }
+            QVERIFY(command.value("arguments").isArray());
+            QVERIFY(!command.value("label").toString().isEmpty());
+            QCOMPARE(command.value("forms").toArray().size(), command.value("usage").toArray().size());
+            byName.insert(command.value("name").toString(), command);
+        }
+        const QJsonObject fuel = byName.value("setbatteryfuel");
+        QCOMPARE(fuel.value("debug").toBool(), true);
+        QCOMPARE(fuel.value("usage").toArray(), QJsonArray({"setbatteryfuel[,1|2],<percent>"}));
+        QCOMPARE(fuel.value("arguments").toArray(),
+            QJsonArray({QJsonObject{{"name", "battery"}, {"type", "choice"}, {"optional", true}, {"repeated", false},
+                            {"choices", QJsonArray{"1", "2"}}},
+                QJsonObject{{"name", "percent"}, {"type", "integer"}, {"optional", false}, {"repeated", false}}}));
+        QCOMPARE(byName.value("get").value("readOnly").toBool(), true);
+        QCOMPARE(byName.value("set").value("readOnly").toBool(), false);
+        QCOMPARE(byName.value("get").value("debug").toBool(), false);
+        // The type names front ends have always read.
+        QCOMPARE(
+            byName.value("wait").value("arguments").toArray().at(0).toObject().value("type").toString(), QString("ms"));
+        QCOMPARE(byName.value("dump").value("usage").toArray(), QJsonArray({"dump [--force] [file]"}));
+        const QJsonObject within = byName.value("expect").value("arguments").toArray().last().toObject();
+        QCOMPARE(within.value("value").toObject(), (QJsonObject{{"name", "ms"}, {"type", "ms"}}));
+
+        const QJsonObject schema = m_session->describe();
+        QCOMPARE(schema.value("debugCommands").toArray().at(2).toObject(), fuel);
+        QCOMPARE(schema.value("shortcuts").toArray().at(0).toObject().value("label").toString(),
+            QString("Low battery 15 %"));
+        QCOMPARE(run("help setbatteryfuel").value.toArray(), QJsonArray({fuel}));
+    }
+
+    // A host's commands belong to its System's engine: checked like the
+    // built-in ones, shared by its sessions, gone with the System.
+    void hostCommandsBelongToTheEngine()
+    {
+        QStringList heard;
+        Engine::HostCommand hello;
+        hello.name = "hello";
+        hello.arguments = {required("count", Argument::Integer)};
+        hello.help = "say hello";
+        hello.run = [&heard](Session &, const QStringList &args) {
+            heard << args;
+            return Reply::success();
+        };
+        Engine *engine = Engine::of(System::instance());
+        QCOMPARE(Engine::of(System::instance()), engine);
+        engine->addHostCommand(hello);
+        QCOMPARE(run("hello 3").answer(), QString("OK"));
+        QCOMPARE(run("hello").answer(), QString("KO: usage: hello <count>"));
+        QCOMPARE(run("hello x").answer(), QString("KO: count: expected a whole number, got \"x\""));
+        Session other(System::instance());
+        Reply otherReply;
+        other.execute("hello 4", [&otherReply](const Reply &reply) { otherReply = reply; });
+        QCOMPARE(otherReply.answer(), QString("OK"));
+        QCOMPARE(heard, QStringList({"3", "4"}));
+        QCOMPARE(run("help hello").lines.first(), QString("  hello <count>"));
+
+        // A new System has a new engine, without the old one's commands.
+        const QPointer<Engine> old = engine;
+        delete m_session;
+        m_session = nullptr;
+        System::releaseInstance();
+        QVERIFY(!old);
+        QSignalSpy ready(startSystem(System::PT_TOLVEX_PLUS), &System::apiReady);
+        QVERIFY(ready.wait());
+        m_session = new Session(System::instance());
+        QCOMPARE(run("hello 5").error, ErrorClass::UnknownCommand);
+        QCOMPARE(heard.size(), 2);
+    }
+
+    void rampStaysInRange_data()
+    {
+        QTest::addColumn<QString>("line");
+        QTest::addColumn<QString>("answer");
+        QTest::newRow("beyond uint") << "ramp display brightnes 1e300 0 0"
+                                     << "KO: brightnes: 1e300 is beyond what it takes, from 0 to 4294967295";
+        QTest::newRow("both beyond") << "ramp display brightnes 1e300 1e300 0"
+                                     << "KO: brightnes: 1e300 is beyond";
+        QTest::newRow("below int") << "ramp gadget level -3e9 0 100"
+                                   << "KO: level: -3e9 is beyond what it takes";
+        QTest::newRow("longer than a day") << "ramp display brightnes 0 1e300 2147483647"
+                                           << "KO: ms: a ramp takes at most 86400000 ms (24 hours), got 2147483647";
+        QTest::newRow("a day") << "ramp gadget level 0 2000000000 86400000"
+                               << "";
+        QTest::newRow("debug integer") << "ramp battery1 setbatteryfuel,1 0 3e9 100"
+                                       << "KO: setbatteryfuel,1: 3e9 is beyond what it takes";
+        QTest::newRow("debug without a number") << "ramp battery1 jack 0 1 100"
+                                                << "KO: jack takes no number last; ramp a debug command";
+        QTest::newRow("debug unknown") << "ramp battery1 frobnicate,1 0 10 100"
+                                       << "KO: illegal command";
+        QTest::newRow("opposite ends of double") << "ramp gadget ratio 1e308 -1e308 300"
+                                                 << "OK";
+        QTest::newRow("debug real, opposite ends") << "ramp battery1 setbatterycurrent,1 1e308 -1e308 0"
+                                                   << "OK";
+    }
+
+    void rampStaysInRange()
+    {
+        QFETCH(QString, line);
+        QFETCH(QString, answer);
+        QSignalSpy ratios(m_gadget, &Gadget::ratioChanged);
+        if (answer.isEmpty()) {
+            // Accepted, and each step worked out as it comes due: the first, then the next a step later.
+            QSignalSpy levels(m_gadget, &Gadget::levelChanged);
+            bool done = false;
+            m_session->execute(line, [&done](const Reply &) { done = true; });
+            QCOMPARE(levels.size(), 1);
+            QTRY_COMPARE_WITH_TIMEOUT(levels.size(), 2, 10 * Timing::RampStepMs);
+            m_session->cancel();
+            QVERIFY(!done);
+            return;
+        }
+        const Reply reply = run(line);
+        QVERIFY2(reply.answer().startsWith(answer), qPrintable(reply.answer()));
+        for (const QList<QVariant> &ratio : qAsConst(ratios)) {
+            QVERIFY(std::isfinite(ratio.at(0).toDouble()));
+        }
+        if (line.contains("gadget ratio")) {
+            QCOMPARE(ratios.size(), 4);
+            QCOMPARE(m_gadget->m_ratio, -1e308);
+        }
+    }
+
+    void rampStepsRealsEvenly()
+    {
+        QCOMPARE(run("ramp battery1 setbatterycurrent,1 0 1 300").answer(), QString("OK"));
+        QCOMPARE(System::instance()->device(D::ID_BATTERY_1ST)->property("current").toDouble(), 1.0);
+        QCOMPARE(run("ramp gadget level 10 10 300").answer(), QString("OK"));
+        QCOMPARE(m_gadget->m_level, 10);
+    }
+
+    // A recording holds what changes or checks the hardware, each entry on
+    // one line, and replays to the same story.
+    void recordingsHoldOneLinePerCommand()
+    {
+        const QString path = QDir(m_root->path()).filePath("story.vsim");
+        QVERIFY(run("record " + path).ok);
+        for (const char *read :
+            {"get battery1 fuelGauge", "show battery1", "devices", "help", "sysinfo", "dump", "help get", "version"}) {
+            QVERIFY2(run(read).ok, read);
+        }
+        QVERIFY(!run("get nosuch prop\nsetbatteryfuel,1,5").ok);
+        QVERIFY(!run("bogus \"x\"").ok);
+        QCOMPARE(run("# a note\nsetbatteryfuel,1,6").answer(), QString("OK"));
+        QCOMPARE(run(Words::join({"set", "gadget", "text", "two\nlines"})).answer(), QString("OK"));
+        QCOMPARE(run("setssid,My  Home").answer(), QString("OK"));
+        QVERIFY(run("record stop").ok);
+        // The time the reads took is kept as a pause before what follows them.
+        const QStringList body = QString::fromUtf8(readFile(path))
+                                     .split('\n', Qt::SkipEmptyParts)
+                                     .mid(2)
+                                     .filter(QRegularExpression("^(?!wait \\d+$)"));
+        QCOMPARE(body,
+            QStringList({"# get nosuch prop\\nsetbatteryfuel,1,5", "#   KO: usage: get <target> <property>",
+                "# bogus \"x\"", "#   KO: unknown command \"bogus\"; help lists the commands",
+                "# a note\\nsetbatteryfuel,1,6", "set gadget text \"two\\nlines\"", "setssid,My Home"}));
+
+        // Replayed as a script is read, one line at a time: only what ran comes back.
+        QCOMPARE(run("setbatteryfuel,1,100").answer(), QString("OK"));
+        QCOMPARE(run("setssid,other").answer(), QString("OK"));
+        m_gadget->m_text.clear();
+        for (const QString &line : QString::fromUtf8(readFile(path)).split('\n')) {
+            QVERIFY2(run(line).ok, qPrintable(line));
+        }
+        QCOMPARE(m_gadget->m_text, QString("two\nlines"));
+        QCOMPARE(System::instance()->device(D::ID_NETWORK_WIFI)->property("wifiSsid").toString(), QString("My Home"));
+        QCOMPARE(System::instance()->device(D::ID_BATTERY_1ST)->property("fuelGauge").toInt(), 100);
+    }
+
+    // Files are new or replaced on request, never a pipe, device or folder,
+    // opened without blocking, and every failed write is reported.
+    void filesAreWrittenHonestly()
+    {
+        const QDir folder(m_root->path());
+        const QString state = folder.filePath("state.json");
+        QVERIFY(run("dump " + state).ok);
+        QCOMPARE(run("dump " + state).answer(), "KO: cannot write " + state + ": it exists; --force replaces it");
+        QCOMPARE(run("record " + state).error, ErrorClass::Failed);
+        QVERIFY(run("dump --force " + state).ok);
+
+        const QString fifo = folder.filePath("fifo");
+        QCOMPARE(::mkfifo(QFile::encodeName(fifo).constData(), 0600), 0);
+        QElapsedTimer clock;
+        clock.start();
+        QCOMPARE(run("dump --force " + fifo).answer(), "KO: cannot write " + fifo + ": it is no regular file");
+        QCOMPARE(run("record --force " + fifo).answer(), "KO: cannot write " + fifo + ": it is no regular file");
+        QCOMPARE(
+            run("record --force /dev/full").answer(), QString("KO: cannot write /dev/full: it is no regular file"));
+        QCOMPARE(run("dump --force " + folder.path()).error, ErrorClass::Failed);
+        QVERIFY(clock.elapsed() < 1000);
+        QCOMPARE(run("record --force " + state).answer(), "OK recording to " + state);
+        QCOMPARE(run("record stop").answer(), "OK recorded to " + state);
+
+        // Relative names are the client's: taken from the folder that came with the line.
+        Reply written;
+        m_session->execute("dump relative.json", folder.path(), [&written](const Reply &reply) { written = reply; });
+        QCOMPARE(written.answer(), "OK written to " + folder.filePath("relative.json"));
+
+        // A file that stops taking data (here: past the size limit) ends the recording; stop says so.
+        struct rlimit before;
+        QCOMPARE(::getrlimit(RLIMIT_FSIZE, &before), 0);
+        const auto oldHandler = std::signal(SIGXFSZ, SIG_IGN);
+        struct rlimit small = before;
+        small.rlim_cur = 400;
+        QCOMPARE(::setrlimit(RLIMIT_FSIZE, &small), 0);
+        const QString full = folder.filePath("full.vsim");
+        const Reply started = run("record " + full);
+        Reply dumped = run("dump " + folder.filePath("big.json"));
+        for (int i = 0; i < 20; ++i) {
+            run("setbatteryfuel,1,50");
+        }
+        const Reply stopped = run("record stop");
+        ::setrlimit(RLIMIT_FSIZE, &before);
+        std::signal(SIGXFSZ, oldHandler);
+        QVERIFY2(started.ok, qPrintable(started.answer()));
+        QVERIFY2(
+            dumped.answer().startsWith("KO: cannot write " + folder.filePath("big.json")), qPrintable(dumped.answer()));
+        QVERIFY2(stopped.answer().startsWith("KO: the recording to " + full + " ended after "),
+            qPrintable(stopped.answer()));
+        QCOMPARE(run("record stop").answer(), QString("KO: nothing is being recorded"));
     }
 
     void describeIsTheWholeSchema()

@@ -192,6 +192,64 @@ private Q_SLOTS:
         QCOMPARE(log.count("Illegal command"), 1);
     }
 
+    // The tables that run commands and keys are the ones tools read: what
+    // they declare required is what the grammar requires.
+    void declaredTablesMatchWhatRuns()
+    {
+        using A = VantixDebug::ArgumentInfo;
+        const QList<VantixDebug::CommandInfo> commands = VantixDebug::commands();
+        QCOMPARE(commands.size(), 24);
+        QStringList labels;
+        for (const VantixDebug::CommandInfo &c : commands) {
+            bool required = false;
+            for (const A &a : c.arguments) {
+                required = required || !a.optional;
+            }
+            // No system attached: a legal command has nothing to act on, an illegal one says so.
+            const VantixDebug::CommandResult alone = VantixDebug::instance()->execute(c.word).result;
+            QCOMPARE(alone, required ? VantixDebug::CommandIllegal : VantixDebug::CommandNoSystem);
+            QVERIFY2(!c.label.isEmpty() && !labels.contains(c.label), qPrintable(c.word));
+            labels << c.label;
+        }
+        const VantixDebug::CommandInfo fuel = commands.at(2);
+        QCOMPARE(fuel.word, QString("setbatteryfuel"));
+        QCOMPARE(fuel.usage, QString("setbatteryfuel[,1|2],<percent>"));
+        QCOMPARE(fuel.arguments.size(), 2);
+        QCOMPARE(fuel.arguments.at(0).type, A::Choice);
+        QVERIFY(fuel.arguments.at(0).optional);
+        QCOMPARE(fuel.arguments.at(0).choices, QStringList({"1", "2"}));
+        QCOMPARE(fuel.arguments.at(1).type, A::Integer);
+        QCOMPARE(commands.at(4).arguments.at(1).type, A::Real);
+
+        const QList<VantixDebug::ShortcutInfo> shortcuts = VantixDebug::shortcuts();
+        QCOMPARE(shortcuts.size(), 11);
+        QCOMPARE(shortcuts.first().label, QString("Low battery 15 %"));
+        int passedOn = 0;
+        for (const VantixDebug::ShortcutInfo &s : shortcuts) {
+            QCOMPARE(VantixDebug::instance()->runShortcut(s.key, s.modifiers), VantixDebug::ShortcutSkipped);
+            if (s.passedOn) {
+                QVERIFY(s.key == Qt::Key_F4 && s.modifiers != Qt::ControlModifier);
+                ++passedOn;
+            }
+        }
+        QCOMPARE(passedOn, 2);
+        QCOMPARE(VantixDebug::instance()->runShortcut(Qt::Key_5, Qt::KeypadModifier), VantixDebug::ShortcutNone);
+        QCOMPARE(VantixDebug::instance()->runShortcut(Qt::Key_1, Qt::KeypadModifier | Qt::ShiftModifier),
+            VantixDebug::ShortcutNone);
+
+        // Through the parameter or straight, an illegal command leaves the same record.
+        LogCapture log;
+        send("bogus,1");
+        QCOMPARE(VantixDebug::instance()->execute("bogus,1").result, VantixDebug::CommandIllegal);
+        QCOMPARE(log.records().size(), 2);
+        for (const LogRecord &record : log.records()) {
+            QCOMPARE(record.message, QString("Illegal command"));
+            QCOMPARE(record.type, QtDebugMsg);
+            QCOMPARE(record.category, QString("default"));
+            QVERIFY2(record.function.contains("VantixDebug::onVantixDebugChanged"), qPrintable(record.function));
+        }
+    }
+
     void everySetterCallAddsAParameter()
     {
         TQ_QBCom::ParameterController other;

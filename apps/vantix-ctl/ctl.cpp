@@ -11,7 +11,6 @@
 
 #include <QCoreApplication>
 #include <QFile>
-#include <QFileInfo>
 #include <QJsonArray>
 #include <QJsonDocument>
 
@@ -21,19 +20,6 @@
 using namespace VantixControl;
 
 namespace {
-// Files named in these commands are written by the application, which runs
-// in another folder: they are made absolute here, where the user typed them.
-QString withAbsolutePaths(const QString &line)
-{
-    const QString word = line.section(QLatin1Char(' '), 0, 0, QString::SectionSkipEmpty).toLower();
-    const QString rest = line.section(QLatin1Char(' '), 1, -1, QString::SectionSkipEmpty).trimmed();
-    if ((word != QLatin1String("record") && word != QLatin1String("dump")) || rest.isEmpty() ||
-        rest == QLatin1String("stop") || rest.contains(QLatin1Char(' ')) || rest.startsWith(QLatin1Char('"'))) {
-        return line;
-    }
-    return word + QLatin1Char(' ') + QFileInfo(rest).absoluteFilePath();
-}
-
 void printError(const QString &message)
 {
     std::fprintf(stderr, "vantix-ctl: %s\n", qPrintable(message));
@@ -148,7 +134,8 @@ void Ctl::connected()
 
 void Ctl::execute(const QString &line, const Client::Done &done)
 {
-    m_client.execute(withAbsolutePaths(line), done);
+    // The client sends this folder along: the application takes file names from it.
+    m_client.execute(line, done);
 }
 
 void Ctl::showReply(const Reply &reply)

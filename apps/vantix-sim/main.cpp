@@ -12,6 +12,7 @@
 #include <vantix/platformnames.h>
 #include <vantixcontrol/protocol/reply.h>
 #include <vantixcontrol/client/scriptrunner.h>
+#include <vantixcontrol/engine/engine.h>
 #include <vantixcontrol/engine/session.h>
 
 #include <qbcommon/appconfig.h>
@@ -20,11 +21,13 @@
 #include <QCoreApplication>
 #include <QFile>
 #include <QJsonDocument>
+#include <QPointer>
 #include <QScopedPointer>
 #include <QStandardPaths>
 #include <QTextStream>
 
 #include <cstdio>
+#include <memory>
 #include <unistd.h>
 
 using namespace TQ_SPAPI;
@@ -122,18 +125,23 @@ int main(int argc, char *argv[])
         session->execute(line, done);
     });
     // Only this program can be left with quit; in other applications the command does not exist.
-    bool quitting = false;
-    Session::addHostCommand({QStringLiteral("quit"), QStringLiteral("quit"), QStringLiteral("leave the simulator"),
-        [&quitting, &runner](Session &, const QStringList &args) {
-            if (!args.isEmpty()) {
-                return Reply::failure(ErrorClass::BadRequest, QStringLiteral("usage: quit"));
-            }
-            quitting = true;
-            // Asked by another client, the simulator ends once that client has its answer.
+    // The command holds nothing of main() by reference: it may run from any client's session.
+    const auto quitting = std::make_shared<bool>(false);
+    const QPointer<ScriptRunner> stopped(&runner);
+    Engine::HostCommand quit;
+    quit.name = QStringLiteral("quit");
+    quit.help = QStringLiteral("leave the simulator");
+    quit.label = QStringLiteral("Quit");
+    quit.run = [quitting, stopped](Session &, const QStringList &) {
+        *quitting = true;
+        // Asked by another client, the simulator ends once that client has its answer.
+        if (stopped) {
             QMetaObject::invokeMethod(
-                &runner, [&runner] { runner.stop(0); }, Qt::QueuedConnection);
-            return Reply::success();
-        }});
+                stopped.data(), [stopped] { stopped->stop(0); }, Qt::QueuedConnection);
+        }
+        return Reply::success();
+    };
+    Engine::of(system)->addHostCommand(quit);
     QObject::connect(&runner, &ScriptRunner::lineStarted, [&printer](const QString &line, bool fromScript) {
         if (fromScript) {
             printer.echo(line);
@@ -141,7 +149,7 @@ int main(int argc, char *argv[])
     });
     QObject::connect(&runner, &ScriptRunner::answered, [&](const QString &, const Reply &reply) {
         printer.reply(reply);
-        if (quitting) {
+        if (*quitting) {
             runner.stop(0);
         }
     });

@@ -7,6 +7,7 @@
 #include <vantix/vantix_export.h>
 
 #include <QObject>
+#include <QStringList>
 
 class QKeyEvent;
 
@@ -49,18 +50,36 @@ public:
         /// The device the command acts on, where it names one.
         IDevice::DeviceId device = IDevice::ID_UNKNOWN_DEV;
     };
-    /// A command word with its arguments as typed after it and what it does.
+    /// One argument of a debug command, written after a comma.
+    struct ArgumentInfo
+    {
+        enum Type {
+            Integer, ///< a whole number; text that is no number is read as 0
+            Real, ///< a number with a point as decimal separator; text that is no number is read as 0.0
+            Text, ///< taken as it is, blanks included
+            Choice, ///< one of choices
+        };
+        QString name;
+        Type type;
+        bool optional;
+        QStringList choices;
+    };
+    /// A command word, its arguments, what it does, and a label short enough for a button.
     struct CommandInfo
     {
         QString word;
-        QString arguments;
+        QList<ArgumentInfo> arguments;
         QString help;
+        QString label;
+        /// The command as it is written: "setbatteryfuel[,1|2],<percent>".
+        QString usage;
     };
 
     /**
      * Runs @p command exactly as a text written to the "VantixDebug"
      * parameter, log lines included, and tells what it did. Whether it
      * changed something is judged before it runs, from the devices present.
+     * The parameter runs every text it gets through here.
      */
     CommandOutcome execute(const QString &command);
     /// The command words in the order they are matched.
@@ -79,12 +98,15 @@ public:
      * not auto-repeated), so that tools can press a key without building one.
      */
     ShortcutResult runShortcut(int key, Qt::KeyboardModifiers modifiers);
-    /// A keyboard shortcut and what it does.
+    /// A keyboard shortcut, what it does, and a label short enough for a button.
     struct ShortcutInfo
     {
         int key;
         Qt::KeyboardModifiers modifiers;
         QString help;
+        QString label;
+        /// Whether the key goes on to the application once the shortcut has run.
+        bool passedOn;
     };
     static QList<ShortcutInfo> shortcuts();
 
@@ -153,14 +175,16 @@ private:
     /// A command text as read; the command grammar defines it.
     struct Command;
     struct CommandRow;
+    struct ShortcutRow;
     static const CommandRow *commandRows(int *count);
     static const CommandRow *findRow(const Command &command);
-    bool run(const QString &text, CommandOutcome *outcome);
+    static const ShortcutRow *shortcutRows(int *count);
     CommandOutcome judge(const CommandRow &row, const Command &command) const;
     IDevicePtr plugOtgPort(IDevice::DeviceId id);
     /// Flips one jack bit of the audio device; false when there is no audio device.
     bool toggleJack(IAudio::JackFlag flag);
     void pressPowerButton(bool pressed);
+    void setPowerLevel(const char *message, int percent);
     void stepNetworkCycle();
     void stepWifiSignal();
     void toggleTestOffline();
@@ -171,8 +195,6 @@ private:
     IDevicePtr m_otgA;
     IDevicePtr m_otgB;
     IDevicePtr m_usb;
-    // Where execute() wants to hear what the command running now does.
-    CommandOutcome *m_outcome = nullptr;
 
     Q_DISABLE_COPY(VantixDebug)
 };

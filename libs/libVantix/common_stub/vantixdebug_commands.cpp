@@ -185,97 +185,139 @@ D::DeviceId fixed(const ParsedCommand &)
 {
     return Id;
 }
+
+// The function an "Illegal command" record names.
+#ifdef QT_MESSAGELOGCONTEXT
+constexpr const char *IllegalCommandContext = "void TQ_SPAPI::VantixDebug::onVantixDebugChanged(const QString&)";
+#else
+constexpr const char *IllegalCommandContext = nullptr;
+#endif
 } // namespace
 
 struct VantixDebug::Command : ParsedCommand
 {
 };
 
-// One row per command word, in the order words are matched. A word whose
-// required argument is missing matches no row.
+namespace {
+using A = VantixDebug::ArgumentInfo;
+
+// An argument as a row declares it; choices are written "1|2".
+struct ArgumentRow
+{
+    const char *name;
+    A::Type type;
+    bool optional;
+    const char *choices;
+};
+
+constexpr ArgumentRow Battery{"battery", A::Choice, true, "1|2"};
+constexpr ArgumentRow NoArgument{nullptr, A::Text, true, nullptr};
+} // namespace
+
+// One row per command word, in the order words are matched: the word, its
+// arguments, what it does in a few words and in a sentence, and how it is
+// carried out. A word whose required argument is missing matches no row.
 struct VantixDebug::CommandRow
 {
     const char *word;
-    const char *arguments;
+    ArgumentRow arguments[MaxArgs];
+    const char *label;
     const char *help;
-    bool argumentRequired;
     Need need;
     D::DeviceId (*device)(const ParsedCommand &);
     bool (*isKind)(const IDevice *);
     void (*perform)(VantixDebug &debug, const Command &command);
+
+    // Every required argument comes first or after the battery, so one token is enough for any row.
+    bool needsArgument() const
+    {
+        for (const ArgumentRow &argument : arguments) {
+            if (argument.name && !argument.optional) {
+                return true;
+            }
+        }
+        return false;
+    }
 };
 
 const VantixDebug::CommandRow *VantixDebug::commandRows(int *count)
 {
     using V = VantixDebug;
     using C = Command;
+    constexpr ArgumentRow None = NoArgument;
     static const CommandRow rows[] = {
-        {"addbattery", "[,1|2]", "plug the first or the second battery", false, Need::Absent, batteryOf, isAny,
-            [](V &d, const C &c) { d.addBattery(batteryOf(c)); }},
-        {"rmbattery", "[,1|2]", "unplug a battery", false, Need::Present, batteryOf, isAny,
+        {"addbattery", {Battery, None}, "Plug battery", "plug the first or the second battery", Need::Absent, batteryOf,
+            isAny, [](V &d, const C &c) { d.addBattery(batteryOf(c)); }},
+        {"rmbattery", {Battery, None}, "Unplug battery", "unplug a battery", Need::Present, batteryOf, isAny,
             [](V &d, const C &c) { d.removeBattery(batteryOf(c)); }},
-        {"setbatteryfuel", "[,1|2],<percent>", "set a battery's fuel gauge", true, Need::Present, batteryOfValue,
-            isA<IBattery>,
+        {"setbatteryfuel", {Battery, {"percent", A::Integer, false, nullptr}}, "Set battery fuel",
+            "set a battery's fuel gauge", Need::Present, batteryOfValue, isA<IBattery>,
             [](V &d, const C &c) {
                 const BatteryValue v = batteryValue(c);
                 d.overrideFuelGauge(v.battery, toInt(v.value));
             }},
-        {"togglecharging", "[,1|2]", "toggle a battery's charging", false, Need::Present, batteryOf, isA<IBattery>,
-            [](V &d, const C &c) { d.overrideChargeToggle(batteryOf(c)); }},
-        {"setbatterycurrent", "[,1|2],<ampere>", "set a battery's current", true, Need::Present, batteryOfValue,
-            isA<IBattery>,
+        {"togglecharging", {Battery, None}, "Toggle charging", "toggle a battery's charging", Need::Present, batteryOf,
+            isA<IBattery>, [](V &d, const C &c) { d.overrideChargeToggle(batteryOf(c)); }},
+        {"setbatterycurrent", {Battery, {"ampere", A::Real, false, nullptr}}, "Set battery current",
+            "set a battery's current", Need::Present, batteryOfValue, isA<IBattery>,
             [](V &d, const C &c) {
                 const BatteryValue v = batteryValue(c);
                 d.overrideCurrent(v.battery, toDouble(v.value));
             }},
-        {"setwiredstate", ",<network state 0-12>", "set the wired network's state", true, Need::Present, lan,
-            isA<INetwork>,
+        {"setwiredstate", {{"state", A::Integer, false, nullptr}, None}, "Set wired state",
+            "set the wired network's state (0 to 12, as INetwork::NetworkState)", Need::Present, lan, isA<INetwork>,
             [](V &d, const C &c) {
                 d.overrideNetworkState(D::ID_NETWORK_LAN, INetwork::NetworkState(toInt(c.args[0])));
             }},
-        {"setwifistate", ",<network state 0-12>", "set the Wi-Fi's state", true, Need::Present, wifi, isA<INetwork>,
+        {"setwifistate", {{"state", A::Integer, false, nullptr}, None}, "Set Wi-Fi state",
+            "set the Wi-Fi's state (0 to 12, as INetwork::NetworkState)", Need::Present, wifi, isA<INetwork>,
             [](V &d, const C &c) {
                 d.overrideNetworkState(D::ID_NETWORK_WIFI, INetwork::NetworkState(toInt(c.args[0])));
             }},
-        {"setwiredip", "[,<address>]", "set the wired address text (empty without one)", false, Need::Present, lan,
-            isA<INetwork>, [](V &d, const C &c) { d.overrideIP(D::ID_NETWORK_LAN, optional(c)); }},
-        {"setwifiip", "[,<address>]", "set the Wi-Fi address text (empty without one)", false, Need::Present, wifi,
-            isA<INetwork>, [](V &d, const C &c) { d.overrideIP(D::ID_NETWORK_WIFI, optional(c)); }},
-        {"setssid", "[,<ssid>]", "set the Wi-Fi SSID (empty without one)", false, Need::Present, wifi, isA<IWifi>,
+        {"setwiredip", {{"address", A::Text, true, nullptr}, None}, "Set wired address",
+            "set the wired address text (empty without one)", Need::Present, lan, isA<INetwork>,
+            [](V &d, const C &c) { d.overrideIP(D::ID_NETWORK_LAN, optional(c)); }},
+        {"setwifiip", {{"address", A::Text, true, nullptr}, None}, "Set Wi-Fi address",
+            "set the Wi-Fi address text (empty without one)", Need::Present, wifi, isA<INetwork>,
+            [](V &d, const C &c) { d.overrideIP(D::ID_NETWORK_WIFI, optional(c)); }},
+        {"setssid", {{"ssid", A::Text, true, nullptr}, None}, "Set Wi-Fi SSID",
+            "set the Wi-Fi SSID (empty without one)", Need::Present, wifi, isA<IWifi>,
             [](V &d, const C &c) { d.overrideSSID(optional(c)); }},
-        {"setwifichannel", ",<channel>", "set the Wi-Fi channel", true, Need::Present, wifi, isA<IWifi>,
+        {"setwifichannel", {{"channel", A::Integer, false, nullptr}, None}, "Set Wi-Fi channel",
+            "set the Wi-Fi channel", Need::Present, wifi, isA<IWifi>,
             [](V &d, const C &c) { d.overrideWifiChannel(toInt(c.args[0])); }},
-        {"setwifisignalstrength", ",<percent>", "set the Wi-Fi signal strength", true, Need::Present, wifi, isA<IWifi>,
+        {"setwifisignalstrength", {{"percent", A::Integer, false, nullptr}, None}, "Set Wi-Fi signal",
+            "set the Wi-Fi signal strength", Need::Present, wifi, isA<IWifi>,
             [](V &d, const C &c) { d.overrideWifiSignalStrength(toInt(c.args[0])); }},
-        {"enablewifi", "", "switch the Wi-Fi on", false, Need::Present, wifi, isA<IWifi>,
+        {"enablewifi", {None, None}, "Switch Wi-Fi on", "switch the Wi-Fi on", Need::Present, wifi, isA<IWifi>,
             [](V &d, const C &) { d.overrideWifiEnabled(true); }},
-        {"disablewifi", "", "switch the Wi-Fi off", false, Need::Present, wifi, isA<IWifi>,
+        {"disablewifi", {None, None}, "Switch Wi-Fi off", "switch the Wi-Fi off", Need::Present, wifi, isA<IWifi>,
             [](V &d, const C &) { d.overrideWifiEnabled(false); }},
-        {"setwificountry", ",<country code>", "set the Wi-Fi country code", true, Need::Present, wifi, isA<IWifi>,
-            [](V &d, const C &c) { d.overrideWifiCountry(c.args[0].toString()); }},
-        {"addotgb", "", "plug USB OTG port B", false, Need::Absent, fixed<D::ID_USB_OTG_B>, isAny,
-            [](V &d, const C &) { d.addOtgB(); }},
-        {"activateotgb", "", "connect port B to a host: the user data is unmounted", false, Need::Present,
-            fixed<D::ID_USB_OTG_B>, isAny,
+        {"setwificountry", {{"code", A::Text, false, nullptr}, None}, "Set Wi-Fi country", "set the Wi-Fi country code",
+            Need::Present, wifi, isA<IWifi>, [](V &d, const C &c) { d.overrideWifiCountry(c.args[0].toString()); }},
+        {"addotgb", {None, None}, "Plug USB OTG port B", "plug USB OTG port B", Need::Absent, fixed<D::ID_USB_OTG_B>,
+            isAny, [](V &d, const C &) { d.addOtgB(); }},
+        {"activateotgb", {None, None}, "Connect port B to a host",
+            "connect port B to a host: the user data is unmounted", Need::Present, fixed<D::ID_USB_OTG_B>, isAny,
             [](V &d, const C &) {
                 if (d.m_otgB) {
                     d.m_otgB->setAbility(D::F_ACTIVE);
                 }
             }},
-        {"rmotgb", "", "unplug USB OTG port B", false, Need::Present, fixed<D::ID_USB_OTG_B>, isAny,
-            [](V &d, const C &) { d.rmOtgB(); }},
-        {"addotga", "", "plug USB OTG port A; once active it brings a USB stick", false, Need::Absent,
-            fixed<D::ID_USB_OTG_A>, isAny, [](V &d, const C &) { d.addOtgA(); }},
-        {"rmotga", "", "unplug USB OTG port A and its stick", false, Need::Present, fixed<D::ID_USB_OTG_A>, isAny,
-            [](V &d, const C &) { d.rmOtgA(); }},
-        {"pwrpress", "", "press the power button", false, Need::Present, fixed<D::ID_BUTTON_POWER>, isA<IButton>,
-            [](V &d, const C &) { d.pressPowerButton(true); }},
-        {"pwrrelase", "", "release the power button", false, Need::Present, fixed<D::ID_BUTTON_POWER>, isA<IButton>,
-            [](V &d, const C &) { d.pressPowerButton(false); }},
-        {"jack", "", "plug or pull the headphone jack", false, Need::Present, fixed<D::ID_AUDIO>, isA<IAudio>,
-            [](V &d, const C &) { d.toggleJack(IAudio::JACK_HEADPHONE); }},
-        {"mic", "", "plug or pull the microphone", false, Need::Present, fixed<D::ID_AUDIO>, isA<IAudio>,
-            [](V &d, const C &) { d.toggleJack(IAudio::JACK_MIC); }},
+        {"rmotgb", {None, None}, "Unplug USB OTG port B", "unplug USB OTG port B", Need::Present,
+            fixed<D::ID_USB_OTG_B>, isAny, [](V &d, const C &) { d.rmOtgB(); }},
+        {"addotga", {None, None}, "Plug USB OTG port A", "plug USB OTG port A; once active it brings a USB stick",
+            Need::Absent, fixed<D::ID_USB_OTG_A>, isAny, [](V &d, const C &) { d.addOtgA(); }},
+        {"rmotga", {None, None}, "Unplug USB OTG port A", "unplug USB OTG port A and its stick", Need::Present,
+            fixed<D::ID_USB_OTG_A>, isAny, [](V &d, const C &) { d.rmOtgA(); }},
+        {"pwrpress", {None, None}, "Press power button", "press the power button", Need::Present,
+            fixed<D::ID_BUTTON_POWER>, isA<IButton>, [](V &d, const C &) { d.pressPowerButton(true); }},
+        {"pwrrelase", {None, None}, "Release power button", "release the power button", Need::Present,
+            fixed<D::ID_BUTTON_POWER>, isA<IButton>, [](V &d, const C &) { d.pressPowerButton(false); }},
+        {"jack", {None, None}, "Headphones in or out", "plug or pull the headphone jack", Need::Present,
+            fixed<D::ID_AUDIO>, isA<IAudio>, [](V &d, const C &) { d.toggleJack(IAudio::JACK_HEADPHONE); }},
+        {"mic", {None, None}, "Microphone in or out", "plug or pull the microphone", Need::Present, fixed<D::ID_AUDIO>,
+            isA<IAudio>, [](V &d, const C &) { d.toggleJack(IAudio::JACK_MIC); }},
     };
     *count = int(sizeof rows / sizeof rows[0]);
     return rows;
@@ -286,7 +328,7 @@ const VantixDebug::CommandRow *VantixDebug::findRow(const Command &command)
     int count = 0;
     const CommandRow *rows = commandRows(&count);
     for (int i = 0; i < count; ++i) {
-        if (command.is(rows[i].word) && (!rows[i].argumentRequired || command.hasArg())) {
+        if (command.is(rows[i].word) && (!rows[i].needsArgument() || command.hasArg())) {
             return &rows[i];
         }
     }
@@ -299,7 +341,21 @@ QList<VantixDebug::CommandInfo> VantixDebug::commands()
     const CommandRow *rows = commandRows(&count);
     QList<CommandInfo> result;
     for (int i = 0; i < count; ++i) {
-        result.append({QLatin1String(rows[i].word), QLatin1String(rows[i].arguments), QLatin1String(rows[i].help)});
+        const CommandRow &row = rows[i];
+        CommandInfo info{
+            QLatin1String(row.word), {}, QLatin1String(row.help), QLatin1String(row.label), QLatin1String(row.word)};
+        for (const ArgumentRow &argument : row.arguments) {
+            if (!argument.name) {
+                continue;
+            }
+            const QStringList choices =
+                argument.choices ? QString::fromLatin1(argument.choices).split(QLatin1Char('|')) : QStringList();
+            info.arguments.append({QLatin1String(argument.name), argument.type, argument.optional, choices});
+            const QString shown = choices.isEmpty() ? QStringLiteral("<%1>").arg(QLatin1String(argument.name))
+                                                    : QLatin1String(argument.choices);
+            info.usage += argument.optional ? QStringLiteral("[,%1]").arg(shown) : QLatin1Char(',') + shown;
+        }
+        result.append(info);
     }
     return result;
 }
@@ -313,31 +369,16 @@ void VantixDebug::setParameterController(TQ_QBCom::ParameterController &controll
 
 void VantixDebug::onVantixDebugChanged(const QString &newValue)
 {
-    if (!run(newValue, m_outcome)) {
-        // The printf form writes the same record without a debug stream to build.
-        qDebug("Illegal command");
-    }
+    execute(newValue);
 }
 
-// Through the parameter's own slot, so that the command and its log record
-// are the same whichever way it came.
-VantixDebug::CommandOutcome VantixDebug::execute(const QString &command)
+// The one way a command text is read and carried out, whichever way it came.
+VantixDebug::CommandOutcome VantixDebug::execute(const QString &text)
 {
     CommandOutcome outcome;
-    CommandOutcome *const outer = std::exchange(m_outcome, &outcome);
-    onVantixDebugChanged(command);
-    m_outcome = outer;
-    return outcome;
-}
-
-// The one way a command text is carried out; false for an illegal command.
-// With @p outcome, what the command will do is judged first; the parameter's
-// own path skips that.
-bool VantixDebug::run(const QString &text, CommandOutcome *outcome)
-{
     Command command;
     if (!parse(text, command)) {
-        return true;
+        return outcome;
     }
     const CommandRow *row = findRow(command);
     QString lower;
@@ -350,16 +391,16 @@ bool VantixDebug::run(const QString &text, CommandOutcome *outcome)
         }
     }
     if (!row) {
-        if (outcome) {
-            outcome->result = CommandIllegal;
-        }
-        return false;
+        // The record names the parameter's slot, where a command text arrives,
+        // whether it came through the parameter or from a tool. The printf
+        // form writes it without a debug stream to build.
+        QMessageLogger(QT_MESSAGELOG_FILE, QT_MESSAGELOG_LINE, IllegalCommandContext).debug("Illegal command");
+        outcome.result = CommandIllegal;
+        return outcome;
     }
-    if (outcome) {
-        *outcome = judge(*row, command);
-    }
+    outcome = judge(*row, command);
     row->perform(*this, command);
-    return true;
+    return outcome;
 }
 
 VantixDebug::CommandOutcome VantixDebug::judge(const CommandRow &row, const Command &command) const

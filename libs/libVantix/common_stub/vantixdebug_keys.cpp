@@ -58,92 +58,90 @@ bool VantixDebug::onKeyReleaseEvent(QKeyEvent *event)
     return runShortcut(event->key(), event->QInputEvent::modifiers()) == ShortcutConsumed;
 }
 
+// One row per shortcut: the key with exactly these modifiers, what it does
+// in a few words and in a sentence, whether the key goes on to the
+// application, and how it is carried out: false when there was nothing to act on.
+struct VantixDebug::ShortcutRow
+{
+    int key;
+    Qt::KeyboardModifiers::Int modifiers;
+    const char *label;
+    const char *help;
+    bool passedOn;
+    bool (*run)(VantixDebug &debug);
+};
+
+namespace {
+using V = VantixDebug;
+constexpr Qt::KeyboardModifiers::Int Keypad = Qt::KeypadModifier;
+constexpr Qt::KeyboardModifiers::Int Plain = Qt::NoModifier;
+} // namespace
+
+const VantixDebug::ShortcutRow *VantixDebug::shortcutRows(int *count)
+{
+    static const ShortcutRow rows[] = {
+        {Qt::Key_1, Keypad, "Low battery 15 %", "low power: the first battery at 15 %", false,
+            [](V &d) { return d.setPowerLevel("Start Low power", 15), true; }},
+        {Qt::Key_2, Keypad, "Critical battery 10 %", "critical power: the first battery at 10 %", false,
+            [](V &d) { return d.setPowerLevel("Start Critial power", 10), true; }},
+        {Qt::Key_3, Keypad, "Shutdown battery 5 %", "shutdown power: the first battery at 5 %", false,
+            [](V &d) { return d.setPowerLevel("Start Shutdown power", 5), true; }},
+        {Qt::Key_7, Keypad, "Next network step", "next step of the wired/Wi-Fi cycle", false,
+            [](V &d) { return d.stepNetworkCycle(), true; }},
+        {Qt::Key_8, Keypad, "Wi-Fi signal +25 %", "Wi-Fi signal 25 % stronger, 0 after 100", false,
+            [](V &d) { return d.stepWifiSignal(), true; }},
+        {Qt::Key_F2, Plain, "Headphones in or out", "plug or pull the headphone jack", false,
+            [](V &d) { return d.toggleJack(IAudio::JACK_HEADPHONE); }},
+        {Qt::Key_F3, Plain, "Microphone in or out", "plug or pull the microphone", false,
+            [](V &d) { return d.toggleJack(IAudio::JACK_MIC); }},
+        {Qt::Key_F4, Plain, "USB OTG port B in or out", "plug or unplug USB OTG port B", true,
+            [](V &d) { return d.m_otgB ? d.rmOtgB() : d.addOtgB(), true; }},
+        {Qt::Key_F4, Qt::ShiftModifier, "USB device in or out", "plug or unplug the USB device", true,
+            [](V &d) { return d.m_usb ? d.rmUsb() : d.addUsb(), true; }},
+        {Qt::Key_F4, Qt::ControlModifier, "Offline test on or off", "toggle the offline test", false,
+            [](V &d) { return d.toggleTestOffline(), true; }},
+        {Qt::Key_F9, Plain, "Mains power in or out", "connect or disconnect mains power", false,
+            [](V &d) { return d.m_systemPrivate->overridePowerConnectedToggle(D::ID_POWER_SUPPLY), true; }},
+    };
+    *count = int(sizeof rows / sizeof rows[0]);
+    return rows;
+}
+
 VantixDebug::ShortcutResult VantixDebug::runShortcut(int key, Qt::KeyboardModifiers modifiers)
 {
-    if (modifiers == Qt::KeypadModifier) {
-        switch (key) {
-        case Qt::Key_1:
-        case Qt::Key_2:
-        case Qt::Key_3:
-        case Qt::Key_7:
-        case Qt::Key_8:
-            break;
-        default:
-            return ShortcutNone;
+    int count = 0;
+    const ShortcutRow *rows = shortcutRows(&count);
+    for (int i = 0; i < count; ++i) {
+        // The modifiers must be exactly the row's: Shift with keypad 1 is no shortcut.
+        const ShortcutRow &row = rows[i];
+        if (row.key != key || row.modifiers != modifiers) {
+            continue;
         }
-        if (!m_systemPrivate) {
+        if (!m_systemPrivate || !row.run(*this)) {
             return ShortcutSkipped;
         }
-        switch (key) {
-        case Qt::Key_1:
-            qDebug() << "Start Low power";
-            m_systemPrivate->overrideFuelGauge(D::ID_BATTERY_1ST, 15);
-            break;
-        case Qt::Key_2:
-            qDebug() << "Start Critial power";
-            m_systemPrivate->overrideFuelGauge(D::ID_BATTERY_1ST, 10);
-            break;
-        case Qt::Key_3:
-            qDebug() << "Start Shutdown power";
-            m_systemPrivate->overrideFuelGauge(D::ID_BATTERY_1ST, 5);
-            break;
-        case Qt::Key_7:
-            stepNetworkCycle();
-            break;
-        default:
-            stepWifiSignal();
-            break;
-        }
-        return ShortcutConsumed;
+        return row.passedOn ? ShortcutPassedOn : ShortcutConsumed;
     }
-    const bool plain = modifiers == Qt::NoModifier;
-    const bool f4 = key == Qt::Key_F4 && (plain || modifiers == Qt::ShiftModifier || modifiers == Qt::ControlModifier);
-    if (!f4 && !(plain && (key == Qt::Key_F2 || key == Qt::Key_F3 || key == Qt::Key_F9))) {
-        return ShortcutNone;
-    }
-    if (!m_systemPrivate) {
-        return ShortcutSkipped;
-    }
-    switch (key) {
-    case Qt::Key_F2:
-        return toggleJack(IAudio::JACK_HEADPHONE) ? ShortcutConsumed : ShortcutSkipped;
-    case Qt::Key_F3:
-        return toggleJack(IAudio::JACK_MIC) ? ShortcutConsumed : ShortcutSkipped;
-    case Qt::Key_F9:
-        m_systemPrivate->overridePowerConnectedToggle(D::ID_POWER_SUPPLY);
-        return ShortcutConsumed;
-    default:
-        break;
-    }
-    // F4 and Shift+F4 are passed on to the application as well.
-    if (plain) {
-        m_otgB ? rmOtgB() : addOtgB();
-        return ShortcutPassedOn;
-    }
-    if (modifiers == Qt::ShiftModifier) {
-        m_usb ? rmUsb() : addUsb();
-        return ShortcutPassedOn;
-    }
-    toggleTestOffline();
-    return ShortcutConsumed;
+    return ShortcutNone;
 }
 
 QList<VantixDebug::ShortcutInfo> VantixDebug::shortcuts()
 {
-    const Qt::KeyboardModifiers keypad = Qt::KeypadModifier;
-    return {
-        {Qt::Key_1, keypad, QStringLiteral("low power: the first battery at 15 %")},
-        {Qt::Key_2, keypad, QStringLiteral("critical power: the first battery at 10 %")},
-        {Qt::Key_3, keypad, QStringLiteral("shutdown power: the first battery at 5 %")},
-        {Qt::Key_7, keypad, QStringLiteral("next step of the wired/Wi-Fi cycle")},
-        {Qt::Key_8, keypad, QStringLiteral("Wi-Fi signal 25 % stronger, 0 after 100")},
-        {Qt::Key_F2, Qt::NoModifier, QStringLiteral("plug or pull the headphone jack")},
-        {Qt::Key_F3, Qt::NoModifier, QStringLiteral("plug or pull the microphone")},
-        {Qt::Key_F4, Qt::NoModifier, QStringLiteral("plug or unplug USB OTG port B")},
-        {Qt::Key_F4, Qt::ShiftModifier, QStringLiteral("plug or unplug the USB device")},
-        {Qt::Key_F4, Qt::ControlModifier, QStringLiteral("toggle the offline test")},
-        {Qt::Key_F9, Qt::NoModifier, QStringLiteral("connect or disconnect mains power")},
-    };
+    int count = 0;
+    const ShortcutRow *rows = shortcutRows(&count);
+    QList<ShortcutInfo> result;
+    for (int i = 0; i < count; ++i) {
+        const ShortcutRow &row = rows[i];
+        result.append({row.key, Qt::KeyboardModifiers(row.modifiers), QLatin1String(row.help), QLatin1String(row.label),
+            row.passedOn});
+    }
+    return result;
+}
+
+void VantixDebug::setPowerLevel(const char *message, int percent)
+{
+    qDebug() << message;
+    m_systemPrivate->overrideFuelGauge(D::ID_BATTERY_1ST, percent);
 }
 
 void VantixDebug::stepNetworkCycle()

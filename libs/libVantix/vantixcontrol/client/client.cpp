@@ -5,6 +5,7 @@
 #include <vantixcontrol/protocol/reply.h>
 #include <vantixcontrol/protocol/socketdirectory.h>
 
+#include <QDir>
 #include <QHash>
 #include <QJsonDocument>
 #include <QLocalSocket>
@@ -182,7 +183,10 @@ void Client::request(QJsonObject request, const Done &done)
 
 void Client::execute(const QString &line, const Done &done)
 {
-    request(QJsonObject{{Protocol::requestKey(Protocol::RequestKind::Line), line}}, done);
+    // File names in the line are the user's, taken from this process's folder.
+    request(QJsonObject{{Protocol::requestKey(Protocol::RequestKind::Line), line},
+                {QStringLiteral("cwd"), QDir::currentPath()}},
+        done);
 }
 
 void Client::describe(const Done &done)

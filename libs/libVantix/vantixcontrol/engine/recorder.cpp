@@ -1,42 +1,58 @@
 #include "recorder_p.h"
 
+#include "outputfile_p.h"
 #include "reply.h"
+#include "timing_p.h"
+#include "words.h"
 
-#include <QFileInfo>
+#include "logging_p.h"
 
 namespace VantixControl {
 
 namespace {
-// Gaps shorter than this are typing speed, not part of the story.
-constexpr qint64 MinimumWaitMs = 10;
+// A comment's text on one line: nothing in it can end the line and start another.
+QByteArray commentText(const QString &text)
+{
+    return Words::printable(text).toUtf8();
+}
 } // namespace
 
-bool Recorder::start(const QString &path, const QString &header, qint64 nowMs, QString *error)
+bool Recorder::start(const QString &path, bool replace, const QString &header, qint64 nowMs, QString *error)
 {
     if (isRecording()) {
-        *error = QStringLiteral("already recording to %1; record stop ends it").arg(m_file.fileName());
+        *error = QStringLiteral("already recording to %1; record stop ends it").arg(m_path);
         return false;
     }
-    m_file.setFileName(QFileInfo(path).absoluteFilePath());
-    if (!m_file.open(QIODevice::WriteOnly | QIODevice::Truncate | QIODevice::Text)) {
-        *error = QStringLiteral("cannot write %1: %2").arg(m_file.fileName(), m_file.errorString());
+    m_failure.clear();
+    m_lines = 0;
+    if (!OutputFile::open(&m_file, path, replace, error)) {
         return false;
     }
-    m_file.write(header.toUtf8());
-    m_file.flush();
+    m_path = path;
+    if (!write(header.toUtf8())) {
+        *error = m_failure;
+        m_failure.clear();
+        return false;
+    }
     m_lastMs = nowMs;
     m_skipNext = true;
     return true;
 }
 
-QString Recorder::stop()
+bool Recorder::stop(QString *path, QString *error)
 {
-    const QString path = m_file.fileName();
+    *path = m_path;
+    if (!m_failure.isEmpty()) {
+        *error = m_failure;
+        m_failure.clear();
+        return false;
+    }
     if (!isRecording()) {
-        return QString();
+        *error = QStringLiteral("nothing is being recorded");
+        return false;
     }
     m_file.close();
-    return path;
+    return true;
 }
 
 void Recorder::begin(qint64 nowMs)
@@ -44,7 +60,7 @@ void Recorder::begin(qint64 nowMs)
     m_commandStartMs = nowMs;
 }
 
-void Recorder::note(const QString &line, const Reply &reply, qint64 nowMs)
+void Recorder::note(const QString &line, const QStringList &words, const Reply &reply, qint64 nowMs)
 {
     if (!isRecording()) {
         return;
@@ -57,17 +73,34 @@ void Recorder::note(const QString &line, const Reply &reply, qint64 nowMs)
     QByteArray text;
     // A timed command takes its own time on replay; only the pause before it is a wait.
     const qint64 gap = m_commandStartMs - m_lastMs;
-    if (gap >= MinimumWaitMs) {
+    if (gap >= Timing::MinimumRecordedWaitMs) {
         text += "wait " + QByteArray::number(gap) + '\n';
     }
-    if (reply.ok) {
-        text += line.toUtf8() + '\n';
+    if (reply.ok && !words.isEmpty()) {
+        // Quoted afresh: the words come back as they were read, on one line.
+        text += Words::join(words).toUtf8() + '\n';
+    } else if (reply.ok) {
+        text += '#' + commentText(line.mid(1)) + '\n';
     } else {
-        text += "# " + line.toUtf8() + "\n#   KO: " + reply.text.toUtf8() + '\n';
+        text += "# " + commentText(line) + "\n#   KO: " + commentText(reply.text) + '\n';
     }
-    m_file.write(text);
-    m_file.flush();
+    write(text);
     m_lastMs = nowMs;
+}
+
+bool Recorder::write(const QByteArray &text)
+{
+    if (m_file.write(text) == text.size() && m_file.flush()) {
+        ++m_lines;
+        return true;
+    }
+    m_failure = QStringLiteral("the recording to %1 ended after %2 entries: %3")
+                    .arg(m_path)
+                    .arg(qMax(0, m_lines - 1))
+                    .arg(m_file.errorString());
+    qCWarning(lcConsole).noquote() << m_failure;
+    m_file.close();
+    return false;
 }
 
 } // namespace VantixControl

@@ -17,15 +17,21 @@ QString Reflection::shortClassName(const QObject *object)
     return shortClassName(object->metaObject());
 }
 
-QString Reflection::shortType(QByteArray type)
+QByteArray Reflection::bareType(const QByteArray &type)
 {
-    if (type.startsWith("const ")) {
-        type = type.mid(6);
+    QByteArray bare = type.trimmed();
+    if (bare.startsWith("const ")) {
+        bare = bare.mid(6);
     }
-    if (type.endsWith('&')) {
-        type.chop(1);
+    if (bare.endsWith('&')) {
+        bare.chop(1);
     }
-    return QString::fromLatin1(type).remove(QStringLiteral("TQ_SPAPI::"));
+    return bare.trimmed();
+}
+
+QString Reflection::shortType(const QByteArray &type)
+{
+    return QString::fromLatin1(bareType(type)).remove(QStringLiteral("TQ_SPAPI::"));
 }
 
 QString Reflection::methodText(const QMetaMethod &method)

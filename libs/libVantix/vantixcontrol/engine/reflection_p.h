@@ -26,8 +26,10 @@ namespace Reflection {
 /// "IBattery" for TQ_SPAPI::IBattery.
 VANTIX_PRIVATE_EXPORT QString shortClassName(const QObject *object);
 VANTIX_PRIVATE_EXPORT QString shortClassName(const QMetaObject *metaObject);
+/// "QString &" and "const QString" both name QString: the declared type without const and &.
+VANTIX_PRIVATE_EXPORT QByteArray bareType(const QByteArray &type);
 /// "QString" for "const QString &", without the TQ_SPAPI:: prefix.
-VANTIX_PRIVATE_EXPORT QString shortType(QByteArray type);
+VANTIX_PRIVATE_EXPORT QString shortType(const QByteArray &type);
 /// "setFlash(Qt::GlobalColor color, int msOn, int msOff)".
 VANTIX_PRIVATE_EXPORT QString methodText(const QMetaMethod &method);
 

@@ -122,23 +122,54 @@ QJsonObject Schema::describeObject(
     return describeWithEnums(object, name, namer, withValues, &enums);
 }
 
-QJsonArray Schema::commands()
+namespace {
+QJsonArray argumentsJson(const QVector<Argument> &arguments)
 {
     QJsonArray result;
-    for (const CommandEntry &command : CommandTable::instance().commands()) {
-        QJsonArray arguments;
-        for (const ArgumentInfo &a : command.arguments) {
-            QJsonObject argument{{QStringLiteral("name"), a.name}, {QStringLiteral("type"), a.type},
-                {QStringLiteral("optional"), a.optional || a.repeated}, {QStringLiteral("repeated"), a.repeated}};
-            if (!a.choices.isEmpty()) {
-                argument.insert(QStringLiteral("choices"), QJsonArray::fromStringList(a.choices));
-            }
-            arguments.append(argument);
-        }
-        result.append(QJsonObject{{QStringLiteral("name"), command.name},
-            {QStringLiteral("usage"), QJsonArray::fromStringList(command.usageLines())},
-            {QStringLiteral("help"), command.help}, {QStringLiteral("arguments"), arguments},
-            {QStringLiteral("host"), command.host}});
+    for (const Argument &a : arguments) {
+        result.append(a.toJson());
+    }
+    return result;
+}
+
+QJsonObject commandJson(const QString &name, const QStringList &usages, const QVector<QVector<Argument>> &forms,
+    const QString &help, const QString &label)
+{
+    QJsonArray formList;
+    for (int i = 0; i < forms.size(); ++i) {
+        formList.append(QJsonObject{
+            {QStringLiteral("usage"), usages.value(i)}, {QStringLiteral("arguments"), argumentsJson(forms.at(i))}});
+    }
+    return QJsonObject{{QStringLiteral("name"), name}, {QStringLiteral("usage"), QJsonArray::fromStringList(usages)},
+        {QStringLiteral("help"), help}, {QStringLiteral("label"), label},
+        {QStringLiteral("arguments"), argumentsJson(forms.value(0))}, {QStringLiteral("forms"), formList}};
+}
+
+Argument::Type argumentType(VantixDebug::ArgumentInfo::Type type)
+{
+    switch (type) {
+    case VantixDebug::ArgumentInfo::Integer:
+        return Argument::Integer;
+    case VantixDebug::ArgumentInfo::Real:
+        return Argument::Number;
+    case VantixDebug::ArgumentInfo::Choice:
+        return Argument::Choice;
+    case VantixDebug::ArgumentInfo::Text:
+        break;
+    }
+    return Argument::Text;
+}
+} // namespace
+
+QJsonArray Schema::commands(const CommandTable &table)
+{
+    QJsonArray result;
+    for (const CommandEntry &command : table.commands()) {
+        QJsonObject json = commandJson(command.name, command.usageLines(), command.forms, command.help, command.label);
+        json.insert(QStringLiteral("host"), command.host);
+        json.insert(QStringLiteral("debug"), false);
+        json.insert(QStringLiteral("readOnly"), command.readOnly);
+        result.append(json);
     }
     return result;
 }
@@ -147,8 +178,20 @@ QJsonArray Schema::debugCommands()
 {
     QJsonArray result;
     for (const VantixDebug::CommandInfo &c : VantixDebug::commands()) {
-        result.append(QJsonObject{{QStringLiteral("name"), c.word}, {QStringLiteral("arguments"), c.arguments},
-            {QStringLiteral("help"), c.help}});
+        QVector<Argument> arguments;
+        for (const VantixDebug::ArgumentInfo &info : c.arguments) {
+            Argument argument;
+            argument.name = info.name;
+            argument.type = argumentType(info.type);
+            argument.optional = info.optional;
+            argument.choices = info.choices;
+            arguments.append(argument);
+        }
+        QJsonObject json = commandJson(c.word, {c.usage}, {arguments}, c.help, c.label);
+        json.insert(QStringLiteral("host"), false);
+        json.insert(QStringLiteral("debug"), true);
+        json.insert(QStringLiteral("readOnly"), false);
+        result.append(json);
     }
     return result;
 }
@@ -158,12 +201,13 @@ QJsonArray Schema::shortcuts()
     QJsonArray result;
     for (const VantixDebug::ShortcutInfo &s : VantixDebug::shortcuts()) {
         result.append(
-            QJsonObject{{QStringLiteral("key"), KeyNames::name(s.key, s.modifiers)}, {QStringLiteral("help"), s.help}});
+            QJsonObject{{QStringLiteral("key"), KeyNames::name(s.key, s.modifiers)}, {QStringLiteral("label"), s.label},
+                {QStringLiteral("help"), s.help}, {QStringLiteral("passedOn"), s.passedOn}});
     }
     return result;
 }
 
-QJsonObject Schema::describe(System *system, const EventWatcher *watcher)
+QJsonObject Schema::describe(System *system, const CommandTable &commandTable, const EventWatcher *watcher)
 {
     QHash<QString, QMetaEnum> enums;
     QJsonArray targets;
@@ -201,7 +245,7 @@ QJsonObject Schema::describe(System *system, const EventWatcher *watcher)
     }
     return QJsonObject{{QStringLiteral("protocol"), Protocol::Version},
         {QStringLiteral("platform"), QString::fromLatin1(System::PlatformTypeEnum.valueToKey(system->platform()))},
-        {QStringLiteral("commands"), commands()}, {QStringLiteral("debugCommands"), debugCommands()},
+        {QStringLiteral("commands"), commands(commandTable)}, {QStringLiteral("debugCommands"), debugCommands()},
         {QStringLiteral("shortcuts"), shortcuts()}, {QStringLiteral("devices"), devices},
         {QStringLiteral("targets"), targets}, {QStringLiteral("enums"), enumObjects}};
 }

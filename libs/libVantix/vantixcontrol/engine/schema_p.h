@@ -14,6 +14,7 @@ class System;
 
 namespace VantixControl {
 
+class CommandTable;
 class EventWatcher;
 class ObjectNamer;
 
@@ -25,14 +26,20 @@ class ObjectNamer;
  */
 namespace Schema {
 
-VANTIX_PRIVATE_EXPORT QJsonObject describe(TQ_SPAPI::System *system, const EventWatcher *watcher);
+VANTIX_PRIVATE_EXPORT QJsonObject describe(
+    TQ_SPAPI::System *system, const CommandTable &commands, const EventWatcher *watcher);
 /// One target: name, class, properties, methods and signals; with values, as "show" gives them.
 VANTIX_PRIVATE_EXPORT QJsonObject describeObject(
     const QObject *object, const QString &name, const ObjectNamer *namer, bool withValues);
-/// The console commands, in help order.
-VANTIX_PRIVATE_EXPORT QJsonArray commands();
-/// The debug controller's commands and keyboard shortcuts.
+/**
+ * The console commands, in help order, and the debug controller's, in one
+ * shape: {name, usage: [lines], help, label, arguments: [Argument], forms:
+ * [{usage, arguments}], host, debug, readOnly}. arguments are the first
+ * form's.
+ */
+VANTIX_PRIVATE_EXPORT QJsonArray commands(const CommandTable &commands);
 VANTIX_PRIVATE_EXPORT QJsonArray debugCommands();
+/// The debug controller's keyboard shortcuts: {key, label, help, passedOn}.
 VANTIX_PRIVATE_EXPORT QJsonArray shortcuts();
 
 } // namespace Schema

@@ -1,6 +1,7 @@
 #include "session.h"
 
 #include "devicenames_p.h"
+#include "engine_p.h"
 #include "event.h"
 #include "eventwatcher_p.h"
 #include "logtap_p.h"
@@ -30,6 +31,7 @@ SessionPrivate::SessionPrivate(Session *q, System *system)
     : QObject(q)
     , q(q)
     , system(system)
+    , engine(Engine::of(system))
     , watcher(new EventWatcher(system, this))
 {
     connect(watcher, &EventWatcher::signalled, q, &Session::event);
@@ -68,19 +70,20 @@ void SessionPrivate::setLogEnabled(bool enabled)
     }
 }
 
-void SessionPrivate::setJob(TimedJob *job)
+const CommandTable *SessionPrivate::commands() const
 {
-    m_job = job;
+    const EnginePrivate *e = EnginePrivate::get(engine);
+    return e ? &e->table : nullptr;
 }
 
-void SessionPrivate::enqueue(const QString &line, const Session::Done &done)
+void SessionPrivate::enqueue(const QString &line, const QString &folder, const Session::Done &done)
 {
     if (m_queue.size() >= MaxQueued) {
         done(Reply::failure(ErrorClass::BadRequest,
             QStringLiteral("%1 lines are waiting to run; wait for their answers first").arg(m_queue.size())));
         return;
     }
-    m_queue.append({line, done});
+    m_queue.append({line, folder, done});
     process();
 }
 
@@ -114,21 +117,22 @@ void SessionPrivate::process()
 void SessionPrivate::run(const Pending &pending)
 {
     const quint64 generation = m_generation;
-    const QString line = pending.line.trimmed();
+    Record record;
+    record.line = pending.line.trimmed();
     const Session::Done done = pending.done;
-    const auto finish = [this, generation, line, done](const Reply &reply) { complete(generation, line, done, reply); };
     recorder.begin(elapsedMs());
+    const auto finish = [this, generation, &record, done](
+                            const Reply &reply) { complete(generation, record, done, reply); };
 
+    const QString &line = record.line;
+    const CommandTable *table = commands();
     if (line.isEmpty() || line.startsWith(QLatin1Char('#'))) {
+        record.skip = line.isEmpty();
         finish(Reply::success());
         return;
     }
-    if (!system) {
+    if (!system || !table) {
         finish(Reply::failure(ErrorClass::Failed, QStringLiteral("the system has gone")));
-        return;
-    }
-    if (isDebugCommand(line)) {
-        finish(runDebugCommand(line));
         return;
     }
     QStringList args;
@@ -137,28 +141,48 @@ void SessionPrivate::run(const Pending &pending)
         finish(Reply::failure(ErrorClass::BadRequest, error));
         return;
     }
+    record.words = args;
+    if (isDebugCommand(args, table)) {
+        finish(runDebugCommand(debugCommandText(args)));
+        return;
+    }
     const QString word = args.takeFirst().toLower();
-    const CommandEntry *command = CommandTable::instance().find(word);
+    const CommandEntry *command = table->find(word);
     if (!command) {
         finish(Reply::failure(
             ErrorClass::UnknownCommand, QStringLiteral("unknown command \"%1\"; help lists the commands").arg(word)));
         return;
     }
-    Invocation invocation{*this, args};
-    if (command->start) {
-        command->start(invocation, finish);
-    } else {
-        finish(command->run(invocation));
+    record.skip = command->readOnly;
+    Invocation invocation(*this, args);
+    Reply refusal;
+    if (!bindArguments(*command, *table, pending.folder, &invocation, &refusal)) {
+        finish(refusal);
+        return;
     }
+    if (!command->job) {
+        finish(command->run(invocation));
+        return;
+    }
+    TimedJob *job = command->job(invocation, &refusal);
+    if (!job) {
+        finish(refusal);
+        return;
+    }
+    m_job = job;
+    job->start([this, generation, record, done](const Reply &reply) { complete(generation, record, done, reply); });
 }
 
-void SessionPrivate::complete(quint64 generation, const QString &line, const Session::Done &done, const Reply &reply)
+void SessionPrivate::complete(quint64 generation, const Record &record, const Session::Done &done, const Reply &reply)
 {
     if (generation != m_generation) {
         return;
     }
     m_busy = false;
-    recorder.note(line, reply, elapsedMs());
+    // A read-only command that did its job is no part of the story; a failure is kept as a comment.
+    if (!record.skip || !reply.ok) {
+        recorder.note(record.line, reply.ok ? record.words : QStringList(), reply, elapsedMs());
+    }
     const QPointer<SessionPrivate> alive(this);
     done(reply);
     if (alive && !m_processing && !m_queue.isEmpty()) {
@@ -183,7 +207,12 @@ Session::~Session()
 
 void Session::execute(const QString &line, const Done &done)
 {
-    d->enqueue(line, done);
+    d->enqueue(line, QString(), done);
+}
+
+void Session::execute(const QString &line, const QString &folder, const Done &done)
+{
+    d->enqueue(line, folder, done);
 }
 
 bool Session::isIdle() const
@@ -223,7 +252,8 @@ void Session::watch(QObject *object, const QString &name)
 
 QJsonObject Session::describe() const
 {
-    return d->system ? Schema::describe(d->system, d->watcher) : QJsonObject();
+    const CommandTable *table = d->commands();
+    return d->system && table ? Schema::describe(d->system, *table, d->watcher) : QJsonObject();
 }
 
 QJsonObject Session::dump() const
@@ -239,18 +269,6 @@ QStringList Session::deviceTable() const
 qint64 Session::elapsedMs() const
 {
     return d->elapsedMs();
-}
-
-void Session::addHostCommand(const HostCommand &command)
-{
-    CommandEntry entry;
-    entry.name = command.name;
-    entry.help = command.help;
-    entry.usages = QStringList{command.usage.isEmpty() ? command.name : command.usage};
-    entry.host = true;
-    const auto run = command.run;
-    entry.run = [run](Invocation &invocation) { return run(*invocation.session.q, invocation.args); };
-    CommandTable::instance().add(entry);
 }
 
 } // namespace VantixControl

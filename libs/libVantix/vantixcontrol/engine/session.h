@@ -43,6 +43,8 @@ public:
 
     /// Queues @p line; @p done gets its reply once, at once or when a timed command ends.
     void execute(const QString &line, const Done &done);
+    /// The same, with relative file names taken from @p folder (a client's working folder).
+    void execute(const QString &line, const QString &folder, const Done &done);
     /// Nothing runs and nothing is queued.
     bool isIdle() const;
     /// Stops what runs (a ramp stops where it is) and drops the queue; their callbacks never come.
@@ -65,16 +67,6 @@ public:
     QStringList deviceTable() const;
     /// Milliseconds since the System started, as events are stamped.
     qint64 elapsedMs() const;
-
-    /// A command only its host offers (vantix-sim's quit); it joins help and describe.
-    struct HostCommand
-    {
-        QString name;
-        QString usage;
-        QString help;
-        std::function<Reply(Session &session, const QStringList &args)> run;
-    };
-    static void addHostCommand(const HostCommand &command);
 
 Q_SIGNALS:
     void event(const VantixControl::Event &event);

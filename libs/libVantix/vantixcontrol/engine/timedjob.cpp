@@ -6,12 +6,10 @@
 
 namespace VantixControl {
 
-TimedJob::TimedJob(SessionPrivate &session, const Done &done)
+TimedJob::TimedJob(SessionPrivate &session)
     : QObject(&session)
     , m_session(session)
-    , m_done(done)
 {
-    m_clock.start();
     m_timer.setSingleShot(true);
     // Waits and ramps must not end early, as coarse timers may.
     m_timer.setTimerType(Qt::PreciseTimer);
@@ -22,7 +20,13 @@ TimedJob::TimedJob(SessionPrivate &session, const Done &done)
             step();
         }
     });
-    session.setJob(this);
+}
+
+void TimedJob::start(const Done &done)
+{
+    m_done = done;
+    m_clock.start();
+    begin();
 }
 
 void TimedJob::cancel()

@@ -167,6 +167,22 @@ bool ValueText::isNumeric(int typeId)
     return isIntegral(typeId) || typeId == QMetaType::Double || typeId == QMetaType::Float;
 }
 
+bool ValueText::numberRange(int typeId, double *low, double *high)
+{
+    Range range{};
+    if (integerRange(typeId, &range)) {
+        *low = double(range.low);
+        *high = double(range.high);
+        return true;
+    }
+    if (typeId == QMetaType::Double || typeId == QMetaType::Float) {
+        *high = typeId == QMetaType::Double ? std::numeric_limits<double>::max() : std::numeric_limits<float>::max();
+        *low = -*high;
+        return true;
+    }
+    return false;
+}
+
 bool ValueText::parseInteger(const QString &text, qlonglong *value)
 {
     bool negative = false;

@@ -3,6 +3,7 @@
 #include "valuetext_p.h"
 
 #include "devicenames_p.h"
+#include "reflection_p.h"
 
 #include <vantix/vantix.h>
 
@@ -43,12 +44,6 @@ const QList<const QMetaObject *> &knownMetaObjects()
 
 constexpr QMetaType::TypeFlags ObjectFlags = QMetaType::PointerToQObject | QMetaType::SharedPointerToQObject |
     QMetaType::WeakPointerToQObject | QMetaType::TrackingPointerToQObject;
-
-QString shortClassName(const QMetaObject *metaObject)
-{
-    const QString name = QString::fromLatin1(metaObject->className());
-    return name.mid(name.lastIndexOf(QLatin1Char(':')) + 1);
-}
 
 QString quoted(const QString &text)
 {
@@ -104,13 +99,7 @@ bool ValueText::inScope(const QByteArray &className, const QByteArray &scope)
 
 QMetaEnum ValueText::findEnum(const QByteArray &typeName, const QMetaObject *context)
 {
-    QByteArray name = typeName.trimmed();
-    if (name.startsWith("const ")) {
-        name = name.mid(6);
-    }
-    if (name.endsWith('&')) {
-        name.chop(1);
-    }
+    QByteArray name = Reflection::bareType(typeName);
     if (name.startsWith("QFlags<") && name.endsWith('>')) {
         name = name.mid(7, name.size() - 8);
     }
@@ -180,14 +169,7 @@ QString ValueText::typeName(int typeId, const QByteArray &declared, const QMetaE
     if (enumerator.isValid()) {
         return QString::fromLatin1(enumerator.name());
     }
-    QByteArray name = typeId != QMetaType::UnknownType ? QByteArray(QMetaType::typeName(typeId)) : declared;
-    if (name.startsWith("const ")) {
-        name = name.mid(6);
-    }
-    if (name.endsWith('&')) {
-        name.chop(1);
-    }
-    return QString::fromLatin1(name).remove(QStringLiteral("TQ_SPAPI::"));
+    return Reflection::shortType(typeId != QMetaType::UnknownType ? QByteArray(QMetaType::typeName(typeId)) : declared);
 }
 
 QString ValueText::objectName(const QObject *object, const ObjectNamer *namer)
@@ -204,7 +186,7 @@ QString ValueText::objectName(const QObject *object, const ObjectNamer *namer)
     if (const auto *device = qobject_cast<const IDevice *>(object)) {
         return DeviceNames::name(device->id());
     }
-    return shortClassName(object->metaObject());
+    return Reflection::shortClassName(object);
 }
 
 bool ValueText::holdsObject(int typeId)

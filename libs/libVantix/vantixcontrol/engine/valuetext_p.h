@@ -48,11 +48,13 @@ VANTIX_PRIVATE_EXPORT QString objectName(const QObject *object, const ObjectName
 VANTIX_PRIVATE_EXPORT QObject *objectOf(const QVariant &value);
 /// Whether values of @p typeId hold a QObject (pointer or smart pointer).
 VANTIX_PRIVATE_EXPORT bool holdsObject(int typeId);
-/// Whether @p typeId is one of the built-in integer types.
 /// Whether @p className is @p scope or ends in "::scope"; an empty scope matches any.
 VANTIX_PRIVATE_EXPORT bool inScope(const QByteArray &className, const QByteArray &scope);
+/// Whether @p typeId is one of the built-in integer types.
 VANTIX_PRIVATE_EXPORT bool isIntegral(int typeId);
 VANTIX_PRIVATE_EXPORT bool isNumeric(int typeId);
+/// The lowest and highest value of a numeric type, as doubles; false for other types.
+VANTIX_PRIVATE_EXPORT bool numberRange(int typeId, double *low, double *high);
 
 /// @p enumerator, when valid, names the value (a property's own enum).
 VANTIX_PRIVATE_EXPORT QString format(

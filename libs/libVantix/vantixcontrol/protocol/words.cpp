@@ -25,6 +25,29 @@ bool needsEscape(QChar c)
     return c != QLatin1Char(' ') &&
         (c.isSpace() || c.category() == QChar::Other_Control || c.category() == QChar::Other_Format);
 }
+
+// @p text with line breaks and invisible characters escaped, and with @p quotes also " and \.
+QString escaped(const QString &text, bool quotes)
+{
+    QString result;
+    result.reserve(text.size());
+    for (const QChar c : text) {
+        if (quotes && (c == QLatin1Char('"') || c == QLatin1Char('\\'))) {
+            result.append(QLatin1Char('\\')).append(c);
+        } else if (c == QLatin1Char('\n')) {
+            result.append(QLatin1String("\\n"));
+        } else if (c == QLatin1Char('\r')) {
+            result.append(QLatin1String("\\r"));
+        } else if (c == QLatin1Char('\t')) {
+            result.append(QLatin1String("\\t"));
+        } else if (needsEscape(c)) {
+            result.append(QStringLiteral("\\u%1").arg(c.unicode(), 4, 16, QLatin1Char('0')));
+        } else {
+            result.append(c);
+        }
+    }
+    return result;
+}
 } // namespace
 
 bool Words::split(const QString &line, QStringList *words, QString *error)
@@ -100,26 +123,17 @@ QString Words::quote(const QString &word)
     if (plain) {
         return word;
     }
-    QString quoted;
-    quoted.reserve(word.size() + 2);
-    quoted.append(QLatin1Char('"'));
-    for (const QChar c : word) {
-        if (c == QLatin1Char('"') || c == QLatin1Char('\\')) {
-            quoted.append(QLatin1Char('\\')).append(c);
-        } else if (c == QLatin1Char('\n')) {
-            quoted.append(QLatin1String("\\n"));
-        } else if (c == QLatin1Char('\r')) {
-            quoted.append(QLatin1String("\\r"));
-        } else if (c == QLatin1Char('\t')) {
-            quoted.append(QLatin1String("\\t"));
-        } else if (needsEscape(c)) {
-            quoted.append(QStringLiteral("\\u%1").arg(c.unicode(), 4, 16, QLatin1Char('0')));
-        } else {
-            quoted.append(c);
-        }
-    }
-    quoted.append(QLatin1Char('"'));
-    return quoted;
+    return QLatin1Char('"') + escape(word) + QLatin1Char('"');
+}
+
+QString Words::escape(const QString &text)
+{
+    return escaped(text, true);
+}
+
+QString Words::printable(const QString &text)
+{
+    return escaped(text, false);
 }
 
 QString Words::join(const QStringList &words)

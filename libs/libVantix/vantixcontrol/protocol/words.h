@@ -31,6 +31,18 @@ VANTIX_EXPORT bool split(const QString &line, QStringList *words, QString *error
  * text: line breaks and other blanks than the space are escaped.
  */
 VANTIX_EXPORT QString quote(const QString &word);
+/**
+ * @p text as it stands between the quotes of a quoted word: " and \
+ * escaped, and every character that could end a line or that a reader
+ * would not see written as \n, \r, \t or \uXXXX. Always one line.
+ */
+VANTIX_EXPORT QString escape(const QString &text);
+/**
+ * @p text for a reader, on one line: what escape() writes for line breaks,
+ * other blanks than the space and invisible characters, everything else
+ * (quotes and backslashes too) as it is. For comments and messages.
+ */
+VANTIX_EXPORT QString printable(const QString &text);
 /// The words quoted and joined by spaces: a line that split() gives back as @p words.
 VANTIX_EXPORT QString join(const QStringList &words);
 

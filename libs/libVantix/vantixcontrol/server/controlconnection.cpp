@@ -186,7 +186,9 @@ void ControlConnection::handleRequest(const QJsonObject &request)
         }
         m_pending.append(id);
         const QPointer<ControlConnection> alive(this);
-        m_session->execute(argument.toString(), [this, alive, id](const Reply &reply) {
+        // "cwd": the client's folder, which relative file names in the line are taken from.
+        const QString cwd = request.value(QLatin1String("cwd")).toString();
+        m_session->execute(argument.toString(), cwd, [this, alive, id](const Reply &reply) {
             if (alive) {
                 m_pending.removeOne(id);
                 answer(id, reply);

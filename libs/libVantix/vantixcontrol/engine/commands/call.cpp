@@ -14,13 +14,10 @@ constexpr int MaxArguments = 10;
 
 Reply call(Invocation &invocation)
 {
-    const QStringList &args = invocation.args;
-    if (args.size() < 2) {
-        return Reply::failure(ErrorClass::BadRequest, QStringLiteral("usage: call <target> <method> [args...]"));
-    }
+    const QString methodName = invocation.word(QStringLiteral("method"));
     Target target;
     QString error;
-    if (!invocation.session.resolve(args.at(0), &target, &error)) {
+    if (!invocation.session.resolve(invocation.word(QStringLiteral("target")), &target, &error)) {
         return Reply::failure(ErrorClass::UnknownTarget, error);
     }
     const QMetaObject *metaObject = target.object->metaObject();
@@ -28,7 +25,7 @@ Reply call(Invocation &invocation)
     QList<QMetaMethod> named;
     for (const Qt::CaseSensitivity cs : {Qt::CaseSensitive, Qt::CaseInsensitive}) {
         for (const QMetaMethod &m : methods) {
-            if (QString::fromLatin1(m.name()).compare(args.at(1), cs) == 0) {
+            if (QString::fromLatin1(m.name()).compare(methodName, cs) == 0) {
                 named.append(m);
             }
         }
@@ -43,7 +40,7 @@ Reply call(Invocation &invocation)
         }
         return Reply::failure(ErrorClass::UnknownTarget,
             QStringLiteral("%1 has no method \"%2\"; it has %3")
-                .arg(target.name, args.at(1),
+                .arg(target.name, methodName,
                     names.isEmpty() ? QStringLiteral("none") : names.join(QLatin1String(", "))));
     }
     const QString label = target.name + QLatin1Char('.') + QString::fromLatin1(named.first().name());
@@ -53,7 +50,7 @@ Reply call(Invocation &invocation)
             QStringLiteral("%1 has no effect in this build%2")
                 .arg(label, effect.hint.isEmpty() ? QString() : QStringLiteral("; ") + effect.hint));
     }
-    const QStringList values = args.mid(2);
+    const QStringList values = invocation.words(QStringLiteral("args"));
     if (values.size() > MaxArguments) {
         return Reply::failure(ErrorClass::BadRequest, QStringLiteral("a method takes at most 10 arguments"));
     }
@@ -116,7 +113,7 @@ Reply call(Invocation &invocation)
         return Reply::failure(ErrorClass::BadValue, conversionError);
     }
     return Reply::failure(ErrorClass::BadRequest,
-        QStringLiteral("%1 takes other arguments: %2").arg(args.at(1), overloads.join(QLatin1String("; "))));
+        QStringLiteral("%1 takes other arguments: %2").arg(methodName, overloads.join(QLatin1String("; "))));
 }
 } // namespace
 
@@ -124,11 +121,11 @@ void addCall(CommandTable &table)
 {
     CommandEntry entry;
     entry.name = QStringLiteral("call");
-    entry.arguments = {{QStringLiteral("target"), QStringLiteral("target")},
-        {QStringLiteral("method"), QStringLiteral("method")},
-        {QStringLiteral("args"), QStringLiteral("value"), true, true}};
+    entry.forms = {{required(QStringLiteral("target"), Argument::Target),
+        required(QStringLiteral("method"), Argument::Method), repeated(QStringLiteral("args"), Argument::Value)}};
     entry.help = QStringLiteral(
         "run a slot or invokable method (mount, format 0, on red); the overload is picked by argument count");
+    entry.label = QStringLiteral("Call");
     entry.run = call;
     table.add(entry);
 }

@@ -12,10 +12,11 @@ using TQ_SPAPI::VantixDebug;
 namespace VantixControl {
 
 namespace {
-QString commandWord(const QString &line)
+QString commandWord(const QString &text)
 {
-    return line.section(QLatin1Char(','), 0, 0).trimmed().toLower();
+    return text.section(QLatin1Char(','), 0, 0).trimmed().toLower();
 }
+} // namespace
 
 const VantixDebug::CommandInfo *debugCommand(const QString &word)
 {
@@ -27,29 +28,38 @@ const VantixDebug::CommandInfo *debugCommand(const QString &word)
     }
     return nullptr;
 }
-} // namespace
 
-bool isDebugCommand(const QString &line)
+bool isDebugCommand(const QStringList &words, const CommandTable *commands)
 {
-    // A debug command's word holds no space: a console command is told apart without a search.
-    const QString word = commandWord(line);
-    if (!word.contains(QLatin1Char(' ')) && debugCommand(word)) {
+    if (words.isEmpty()) {
+        return false;
+    }
+    if (debugCommand(commandWord(words.first()))) {
         return true;
     }
     // Any other comma command is the debug controller's to judge.
-    const QString first = line.section(QLatin1Char(' '), 0, 0, QString::SectionSkipEmpty).toLower();
-    return line.contains(QLatin1Char(',')) && !CommandTable::instance().find(first);
+    bool comma = false;
+    for (const QString &word : words) {
+        comma = comma || word.contains(QLatin1Char(','));
+    }
+    return comma && !(commands && commands->find(words.first().toLower()));
 }
 
-Reply runDebugCommand(const QString &line)
+QString debugCommandText(const QStringList &words)
 {
-    const VantixDebug::CommandOutcome outcome = VantixDebug::instance()->execute(line);
+    // "setssid,My Home" is split at its blank like any line; the controller reads the blank back.
+    return words.join(QLatin1Char(' '));
+}
+
+Reply runDebugCommand(const QString &text)
+{
+    const VantixDebug::CommandOutcome outcome = VantixDebug::instance()->execute(text);
     const QString device = DeviceNames::name(outcome.device);
     switch (outcome.result) {
     case VantixDebug::CommandApplied:
         return Reply::success();
     case VantixDebug::CommandEmpty:
-        return Reply::failure(ErrorClass::BadRequest, QStringLiteral("no command word in \"%1\"").arg(line));
+        return Reply::failure(ErrorClass::BadRequest, QStringLiteral("no command word in \"%1\"").arg(text));
     case VantixDebug::CommandIllegal:
         break;
     case VantixDebug::CommandNoSystem:
@@ -60,10 +70,10 @@ Reply runDebugCommand(const QString &line)
     case VantixDebug::CommandDevicePresent:
         return Reply::failure(ErrorClass::Failed, QStringLiteral("%1 is already plugged; nothing changed").arg(device));
     }
-    const QString word = commandWord(line);
+    const QString word = commandWord(text);
     if (const VantixDebug::CommandInfo *known = debugCommand(word)) {
         return Reply::failure(ErrorClass::BadRequest,
-            QStringLiteral("illegal command: %1 needs its argument: %1%2").arg(known->word, known->arguments));
+            QStringLiteral("illegal command: %1 needs its argument: %2").arg(known->word, known->usage));
     }
     return Reply::failure(ErrorClass::UnknownCommand,
         QStringLiteral("illegal command: the debug controller has no command \"%1\"; help lists them").arg(word));

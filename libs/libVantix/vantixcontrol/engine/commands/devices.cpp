@@ -10,9 +10,6 @@ namespace VantixControl {
 namespace {
 Reply devices(Invocation &invocation)
 {
-    if (!invocation.args.isEmpty()) {
-        return Reply::failure(ErrorClass::BadRequest, QStringLiteral("usage: devices"));
-    }
     const QJsonArray rows = TextRenderer::deviceRows(invocation.session.system, invocation.session.watcher);
     return Reply::success().withValue(QStringLiteral("table"), rows).withLines(TextRenderer::deviceTable(rows));
 }
@@ -23,6 +20,8 @@ void addDevices(CommandTable &table)
     CommandEntry entry;
     entry.name = QStringLiteral("devices");
     entry.help = QStringLiteral("the device table: id name, number, alias, class, status, type");
+    entry.label = QStringLiteral("Device table");
+    entry.readOnly = true;
     entry.run = devices;
     table.add(entry);
 }

@@ -26,16 +26,17 @@ using Failure = std::function<QString(const QString &actual)>;
 class ExpectJob : public TimedJob
 {
 public:
-    ExpectJob(SessionPrivate &session, const Done &done, Check check, Failure failure, qint64 withinMs)
-        : TimedJob(session, done)
+    ExpectJob(SessionPrivate &session, Check check, Failure failure, qint64 withinMs)
+        : TimedJob(session)
         , m_check(std::move(check))
         , m_failure(std::move(failure))
         , m_deadlineNs(withinMs * 1000000)
     {
-        poll();
     }
 
 private:
+    void begin() override { poll(); }
+
     void poll()
     {
         QString actual;
@@ -117,42 +118,29 @@ bool compareValues(
     return true;
 }
 
-void expect(Invocation &invocation, const Done &done)
+// The forms, in the order they are tried: present and emitted are words, not properties.
+enum ExpectForm { PresenceForm, EmittedForm, ValueForm };
+
+TimedJob *expect(Invocation &invocation, Reply *refusal)
 {
     SessionPrivate &session = invocation.session;
-    QStringList args = invocation.args;
-    qlonglong within = -1;
-    if (args.size() >= 2 && args.at(args.size() - 2).compare(QLatin1String("within"), Qt::CaseInsensitive) == 0) {
-        if (!ValueText::parseInteger(args.last(), &within) || within < 0 || within > std::numeric_limits<int>::max()) {
-            done(Reply::failure(ErrorClass::BadValue,
-                QStringLiteral("within needs a whole number of ms, got \"%1\"").arg(args.last())));
-            return;
-        }
-        args.removeLast();
-        args.removeLast();
-    }
-    const QString usage = QStringLiteral(
-        "usage: expect <target> <property> [op] <value> | present | absent | emitted <signal> [within <ms>]");
-    if (args.size() < 2) {
-        done(Reply::failure(ErrorClass::BadRequest, usage));
-        return;
-    }
-    const QString targetName = args.at(0);
-    const QString what = args.at(1).toLower();
+    const qlonglong within = invocation.has(QStringLiteral("within")) ? invocation.integer(QStringLiteral("ms")) : -1;
+    const QString targetName = invocation.word(QStringLiteral("target"));
     const QString timing = within >= 0 ? QStringLiteral(" within %1 ms").arg(within) : QString();
     QString error;
     Target target;
     const bool known = session.resolve(targetName, &target, &error);
     IDevice::DeviceId id = IDevice::ID_UNKNOWN_DEV;
     if (!known && !DeviceNames::parse(targetName, &id)) {
-        done(Reply::failure(ErrorClass::UnknownTarget, error));
-        return;
+        *refusal = Reply::failure(ErrorClass::UnknownTarget, error);
+        return nullptr;
     }
     const QString subject = known ? target.name : DeviceNames::name(id);
     Check check;
     Failure failure;
 
-    if (args.size() == 2 && (what == QLatin1String("present") || what == QLatin1String("absent"))) {
+    if (invocation.form == PresenceForm) {
+        const QString what = invocation.text(QStringLiteral("state"));
         const bool wanted = what == QLatin1String("present");
         check = [&session, targetName, wanted](QString *actual, Reply *) {
             Target t;
@@ -164,12 +152,8 @@ void expect(Invocation &invocation, const Done &done)
         failure = [subject, what, timing](const QString &actual) {
             return QStringLiteral("%1 is %2, expected %3%4").arg(subject, actual, what, timing);
         };
-    } else if (what == QLatin1String("emitted")) {
-        if (args.size() != 3) {
-            done(Reply::failure(ErrorClass::BadRequest, usage));
-            return;
-        }
-        const QByteArray signal = args.at(2).toLatin1();
+    } else if (invocation.form == EmittedForm) {
+        const QByteArray signal = invocation.word(QStringLiteral("signal")).toLatin1();
         check = [&session, targetName, signal](QString *actual, Reply *fatal) {
             Target t;
             QString e;
@@ -194,17 +178,10 @@ void expect(Invocation &invocation, const Done &done)
             return QStringLiteral("%1 did not emit %2%3").arg(subject, QString::fromLatin1(signal), timing);
         };
     } else {
-        const QString propertyName = args.at(1);
-        QStringList rest = args.mid(2);
-        QString op = QStringLiteral("=");
-        if (rest.size() == 2 && comparisons().contains(rest.at(0).toLower())) {
-            op = rest.takeFirst().toLower();
-        }
-        if (rest.size() != 1) {
-            done(Reply::failure(ErrorClass::BadRequest, usage));
-            return;
-        }
-        const QString expectedText = rest.at(0);
+        const QString propertyName = invocation.word(QStringLiteral("property"));
+        const QString op =
+            invocation.has(QStringLiteral("op")) ? invocation.text(QStringLiteral("op")) : QStringLiteral("=");
+        const QString expectedText = invocation.word(QStringLiteral("value"));
         auto expectedShown = std::make_shared<QString>(expectedText);
         check = [&session, targetName, propertyName, op, expectedText, expectedShown](QString *actual, Reply *fatal) {
             Target t;
@@ -242,24 +219,27 @@ void expect(Invocation &invocation, const Done &done)
                 .arg(subject, propertyName, actual, shownOp, *expectedShown, timing);
         };
     }
-    new ExpectJob(session, done, check, failure, std::max<qlonglong>(0, within));
+    return new ExpectJob(session, check, failure, std::max<qlonglong>(0, within));
 }
 } // namespace
 
 void addExpect(CommandTable &table)
 {
+    const Argument target = required(QStringLiteral("target"), Argument::Target);
+    const Argument within = keywordWithValue(QStringLiteral("within"), QStringLiteral("ms"), Argument::Milliseconds);
     CommandEntry entry;
     entry.name = QStringLiteral("expect");
-    entry.arguments = {{QStringLiteral("target"), QStringLiteral("target")},
-        {QStringLiteral("check"), QStringLiteral("property")},
-        {QStringLiteral("condition"), QStringLiteral("value"), true, true}};
-    entry.usages =
-        QStringList{QStringLiteral("expect <target> <property> [= != < <= > >= has lacks] <value> [within <ms>]"),
-            QStringLiteral("expect <target> present|absent [within <ms>]"),
-            QStringLiteral("expect <target> emitted <signal> [within <ms>]")};
+    entry.forms.resize(3);
+    entry.forms[PresenceForm] = {
+        target, keyword(QStringLiteral("state"), {QStringLiteral("present"), QStringLiteral("absent")}), within};
+    entry.forms[EmittedForm] = {target, keyword(QStringLiteral("emitted"), {QStringLiteral("emitted")}),
+        required(QStringLiteral("signal"), Argument::Signal), within};
+    entry.forms[ValueForm] = {target, required(QStringLiteral("property"), Argument::Property),
+        keyword(QStringLiteral("op"), comparisons(), true), required(QStringLiteral("value"), Argument::Value), within};
     entry.help = QStringLiteral("check a value, a device's presence or a signal since the last such check, waiting up "
                                 "to <ms> for it; a script stops when it fails");
-    entry.start = expect;
+    entry.label = QStringLiteral("Expect");
+    entry.job = expect;
     table.add(entry);
 }
 

@@ -13,8 +13,9 @@ namespace {
 bool findTargetProperty(Invocation &invocation, Target *target, QMetaProperty *property, Reply *failure)
 {
     QString error;
-    if (!invocation.session.resolve(invocation.args.at(0), target, &error) ||
-        !Reflection::findProperty(target->object, target->name, invocation.args.at(1), property, &error)) {
+    if (!invocation.session.resolve(invocation.word(QStringLiteral("target")), target, &error) ||
+        !Reflection::findProperty(
+            target->object, target->name, invocation.word(QStringLiteral("property")), property, &error)) {
         *failure = Reply::failure(ErrorClass::UnknownTarget, error);
         return false;
     }
@@ -23,9 +24,6 @@ bool findTargetProperty(Invocation &invocation, Target *target, QMetaProperty *p
 
 Reply get(Invocation &invocation)
 {
-    if (invocation.args.size() != 2) {
-        return Reply::failure(ErrorClass::BadRequest, QStringLiteral("usage: get <target> <property>"));
-    }
     Target target;
     QMetaProperty property;
     Reply failure;
@@ -41,10 +39,6 @@ Reply get(Invocation &invocation)
 
 Reply set(Invocation &invocation)
 {
-    if (invocation.args.size() != 3) {
-        return Reply::failure(ErrorClass::BadRequest,
-            QStringLiteral("usage: set <target> <property> <value> (quote a value with blanks)"));
-    }
     Target target;
     QMetaProperty property;
     Reply failure;
@@ -61,16 +55,15 @@ Reply set(Invocation &invocation)
             QStringLiteral("%1: its setter has no effect in this build; %2").arg(label, effect.hint));
     }
     const QMetaEnum e = Reflection::enumOf(target.object, property);
+    const QString text = invocation.word(QStringLiteral("value"));
     QVariant value;
     QString error;
-    if (!ValueText::parse(
-            invocation.args.at(2), property.userType(), QByteArray(property.typeName()), e, &value, &error)) {
+    if (!ValueText::parse(text, property.userType(), QByteArray(property.typeName()), e, &value, &error)) {
         return Reply::failure(
             ErrorClass::BadValue, QStringLiteral("%1: %2").arg(QString::fromLatin1(property.name()), error));
     }
     if (!property.write(target.object, value)) {
-        return Reply::failure(
-            ErrorClass::Failed, QStringLiteral("%1 did not take %2").arg(label, invocation.args.at(2)));
+        return Reply::failure(ErrorClass::Failed, QStringLiteral("%1 did not take %2").arg(label, text));
     }
     if (effect.kind == Effect::Indirect) {
         return Reply::success().withLines({QStringLiteral("  ") + label + QStringLiteral(": ") + effect.hint});
@@ -90,18 +83,21 @@ void addGetAndSet(CommandTable &table)
 {
     CommandEntry get;
     get.name = QStringLiteral("get");
-    get.arguments = {
-        {QStringLiteral("target"), QStringLiteral("target")}, {QStringLiteral("property"), QStringLiteral("property")}};
+    get.forms = {{required(QStringLiteral("target"), Argument::Target),
+        required(QStringLiteral("property"), Argument::Property)}};
     get.help = QStringLiteral("one property's value");
+    get.label = QStringLiteral("Get");
+    get.readOnly = true;
     get.run = VantixControl::get;
     table.add(get);
 
     CommandEntry set;
     set.name = QStringLiteral("set");
-    set.arguments = {{QStringLiteral("target"), QStringLiteral("target")},
-        {QStringLiteral("property"), QStringLiteral("writable")}, {QStringLiteral("value"), QStringLiteral("value")}};
-    set.help =
-        QStringLiteral("write a writable property (brightnes, timeZone, ...); the answer checks what the device kept");
+    set.forms = {{required(QStringLiteral("target"), Argument::Target),
+        required(QStringLiteral("property"), Argument::Writable), required(QStringLiteral("value"), Argument::Value)}};
+    set.help = QStringLiteral("write a writable property (brightnes, timeZone, ...); quote a value with blanks; the "
+                              "answer checks what the device kept");
+    set.label = QStringLiteral("Set");
     set.run = VantixControl::set;
     table.add(set);
 }

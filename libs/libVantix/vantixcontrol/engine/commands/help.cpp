@@ -3,6 +3,7 @@
 #include "commandtable_p.h"
 #include "devicenames_p.h"
 #include "schema_p.h"
+#include "session_p.h"
 #include <vantix/vantixdebug.h>
 
 #include <QJsonArray>
@@ -15,13 +16,10 @@ namespace VantixControl {
 namespace {
 Reply help(Invocation &invocation)
 {
-    if (invocation.args.size() > 1) {
-        return Reply::failure(ErrorClass::BadRequest, QStringLiteral("usage: help [command]"));
-    }
-    const QString wanted = invocation.args.value(0).toLower();
+    const QString wanted = invocation.text(QStringLiteral("command"));
     QStringList lines;
     QJsonArray shown;
-    const QJsonArray commands = Schema::commands();
+    const QJsonArray commands = Schema::commands(*invocation.session.commands());
     for (const QJsonValue &value : commands) {
         const QJsonObject command = value.toObject();
         if (!wanted.isEmpty() && wanted != command.value(QLatin1String("name")).toString()) {
@@ -40,13 +38,9 @@ Reply help(Invocation &invocation)
         if (wanted.isEmpty() || wanted == name) {
             shown.append(command);
             debugLines.append(QStringLiteral("  %1%2")
-                                  .arg(name + command.value(QLatin1String("arguments")).toString(), -36)
+                                  .arg(command.value(QLatin1String("usage")).toArray().at(0).toString(), -36)
                                   .arg(command.value(QLatin1String("help")).toString()));
         }
-    }
-    if (shown.isEmpty()) {
-        return Reply::failure(
-            ErrorClass::UnknownCommand, QStringLiteral("no command \"%1\"; help lists the commands").arg(wanted));
     }
     if (!debugLines.isEmpty()) {
         lines.append(QStringLiteral("Debug commands, run as the \"VantixDebug\" parameter runs them:"));
@@ -65,6 +59,8 @@ Reply help(Invocation &invocation)
         lines.append(QStringLiteral("Values: numbers, true/false, text (in double quotes when it has blanks), "
                                     "enum and flag names (F_ENABLE|F_CHARGE, IDevice::F_ACTIVE), colours (red)."));
         lines.append(QStringLiteral("Scripts: one command per line, # starts a comment; the first KO ends the run."));
+        lines.append(QStringLiteral("Files (dump, record) are new files, named from the client's folder; --force "
+                                    "replaces a regular file. A ramp lasts at most 24 hours."));
     }
     return Reply::success().withValue(QStringLiteral("commands"), shown).withLines(lines);
 }
@@ -74,8 +70,10 @@ void addHelp(CommandTable &table)
 {
     CommandEntry entry;
     entry.name = QStringLiteral("help");
-    entry.arguments = {{QStringLiteral("command"), QStringLiteral("command"), true}};
+    entry.forms = {{optional(QStringLiteral("command"), Argument::Command)}};
     entry.help = QStringLiteral("the commands, or one command in detail");
+    entry.label = QStringLiteral("Help");
+    entry.readOnly = true;
     entry.run = help;
     table.add(entry);
 }

@@ -16,16 +16,11 @@ namespace VantixControl {
 namespace {
 Reply key(Invocation &invocation)
 {
-    if (invocation.args.size() != 1) {
-        return Reply::failure(
-            ErrorClass::BadRequest, QStringLiteral("usage: key <name>, such as keypad+1, shift+F4, ctrl+F4, F2 or F9"));
-    }
+    // The name was checked before the command ran.
     int code = 0;
     Qt::KeyboardModifiers modifiers;
     QString error;
-    if (!KeyNames::parse(invocation.args.at(0), &code, &modifiers, &error)) {
-        return Reply::failure(ErrorClass::BadValue, error);
-    }
+    KeyNames::parse(invocation.word(QStringLiteral("key")), &code, &modifiers, &error);
     const QString name = KeyNames::name(code, modifiers);
     switch (VantixDebug::instance()->runShortcut(code, modifiers)) {
     case VantixDebug::ShortcutConsumed:
@@ -52,8 +47,9 @@ void addKey(CommandTable &table)
 {
     CommandEntry entry;
     entry.name = QStringLiteral("key");
-    entry.arguments = {{QStringLiteral("key"), QStringLiteral("key")}};
+    entry.forms = {{required(QStringLiteral("key"), Argument::Key)}};
     entry.help = QStringLiteral("release a key for the debug controller: keypad+1, shift+F4, ctrl+F4, F2, F9");
+    entry.label = QStringLiteral("Key");
     entry.run = key;
     table.add(entry);
 }

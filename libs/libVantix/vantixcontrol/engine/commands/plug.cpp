@@ -6,7 +6,6 @@
 #include "commandtable_p.h"
 #include "devicenames_p.h"
 #include "session_p.h"
-#include "valuetext_p.h"
 #include <vantix/vantixdebug.h>
 
 #include <vantix/system.h>
@@ -63,41 +62,17 @@ bool unplugByController(D::DeviceId id)
     }
 }
 
-bool parseDevice(const QString &text, D::DeviceId *id, Reply *failure)
-{
-    if (!DeviceNames::parse(text, id)) {
-        *failure = Reply::failure(ErrorClass::UnknownTarget,
-            QStringLiteral("unknown device \"%1\"; expected an id name, number or alias").arg(text));
-        return false;
-    }
-    return true;
-}
-
 Reply plug(Invocation &invocation)
 {
-    const QStringList &args = invocation.args;
-    if (args.isEmpty() || args.size() > 2) {
-        return Reply::failure(ErrorClass::BadRequest, QStringLiteral("usage: plug <device> [type flags]"));
-    }
     System *system = invocation.session.system;
-    D::DeviceId id = D::ID_UNKNOWN_DEV;
-    Reply failure;
-    if (!parseDevice(args.at(0), &id, &failure)) {
-        return failure;
-    }
+    const auto id = D::DeviceId(invocation.integer(QStringLiteral("device")));
     if (system->device(id)) {
         return Reply::failure(ErrorClass::Failed, QStringLiteral("%1 is already plugged").arg(DeviceNames::name(id)));
     }
     const D::DeviceType defaultType = DeviceNames::defaultType(id);
-    D::DeviceType type = defaultType;
-    if (args.size() == 2) {
-        int bits = 0;
-        QString error;
-        if (!ValueText::parseEnum(QMetaEnum::fromType<D::DeviceType>(), args.at(1), &bits, &error)) {
-            return Reply::failure(ErrorClass::BadValue, QStringLiteral("type: ") + error);
-        }
-        type = D::DeviceType(bits);
-    }
+    const D::DeviceType type = invocation.has(QStringLiteral("type"))
+        ? D::DeviceType(int(invocation.integer(QStringLiteral("type"))))
+        : defaultType;
     if (type != defaultType || !plugByController(id)) {
         const QString path = type.testFlag(D::DEVICE_DISK) ? DeviceNames::defaultPath(id) : QString();
         VantixDebug::instance()->addDevice(id, type, path);
@@ -110,15 +85,8 @@ Reply plug(Invocation &invocation)
 
 Reply unplug(Invocation &invocation)
 {
-    if (invocation.args.size() != 1) {
-        return Reply::failure(ErrorClass::BadRequest, QStringLiteral("usage: unplug <device>"));
-    }
     System *system = invocation.session.system;
-    D::DeviceId id = D::ID_UNKNOWN_DEV;
-    Reply failure;
-    if (!parseDevice(invocation.args.at(0), &id, &failure)) {
-        return failure;
-    }
+    const auto id = D::DeviceId(invocation.integer(QStringLiteral("device")));
     if (!system->device(id)) {
         return Reply::failure(
             ErrorClass::UnknownTarget, QStringLiteral("%1 is not plugged").arg(DeviceNames::name(id)));
@@ -137,17 +105,19 @@ void addPlugAndUnplug(CommandTable &table)
 {
     CommandEntry plug;
     plug.name = QStringLiteral("plug");
-    plug.arguments = {{QStringLiteral("device"), QStringLiteral("device")},
-        {QStringLiteral("type"), QStringLiteral("DeviceType"), true}};
-    plug.usages = QStringList{QStringLiteral("plug <device> [type flags]")};
-    plug.help = QStringLiteral("hot-plug a device as the debug controller would; the type defaults to the platform's");
+    plug.forms = {
+        {required(QStringLiteral("device"), Argument::Device), optional(QStringLiteral("type"), Argument::DeviceType)}};
+    plug.help = QStringLiteral("hot-plug a device as the debug controller would; the type flags default to the "
+                               "platform's");
+    plug.label = QStringLiteral("Plug");
     plug.run = VantixControl::plug;
     table.add(plug);
 
     CommandEntry unplug;
     unplug.name = QStringLiteral("unplug");
-    unplug.arguments = {{QStringLiteral("device"), QStringLiteral("device")}};
+    unplug.forms = {{required(QStringLiteral("device"), Argument::Device)}};
     unplug.help = QStringLiteral("remove a device (a USB port takes its stick along)");
+    unplug.label = QStringLiteral("Unplug");
     unplug.run = VantixControl::unplug;
     table.add(unplug);
 }

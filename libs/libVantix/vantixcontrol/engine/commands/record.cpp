@@ -1,9 +1,9 @@
-// record <file> | record stop: the session's commands as a script that replays them.
+// record [--force] <file> | record stop: the session's commands as a script that replays them.
 
 #include "commandtable_p.h"
-#include <vantix/platformnames.h>
 #include "session_p.h"
 
+#include <vantix/platformnames.h>
 #include <vantix/system.h>
 
 #include <QDateTime>
@@ -11,16 +11,17 @@
 namespace VantixControl {
 
 namespace {
+const QString Force = QStringLiteral("--force");
+enum RecordForm { StopForm, StartForm };
+
 Reply record(Invocation &invocation)
 {
     SessionPrivate &session = invocation.session;
-    if (invocation.args.size() != 1) {
-        return Reply::failure(ErrorClass::BadRequest, QStringLiteral("usage: record <file> | record stop"));
-    }
-    if (invocation.args.at(0) == QLatin1String("stop")) {
-        const QString path = session.recorder.stop();
-        if (path.isEmpty()) {
-            return Reply::failure(ErrorClass::Failed, QStringLiteral("nothing is being recorded"));
+    QString path;
+    QString error;
+    if (invocation.form == StopForm) {
+        if (!session.recorder.stop(&path, &error)) {
+            return Reply::failure(ErrorClass::Failed, error);
         }
         return Reply::success(QStringLiteral("recorded to ") + path).withValue(QStringLiteral("QString"), path);
     }
@@ -28,12 +29,11 @@ Reply record(Invocation &invocation)
         "# Recorded %1 on %2.\n# Replay: vantix-sim --platform %2 --script FILE, or vantix-ctl --script FILE.\n")
                                .arg(QDateTime::currentDateTime().toString(Qt::ISODate),
                                    TQ_SPAPI::PlatformNames::name(session.system->platform()));
-    QString error;
-    if (!session.recorder.start(invocation.args.at(0), header, session.elapsedMs(), &error)) {
+    path = invocation.text(QStringLiteral("file"));
+    if (!session.recorder.start(path, invocation.has(Force), header, session.elapsedMs(), &error)) {
         return Reply::failure(ErrorClass::Failed, error);
     }
-    return Reply::success(QStringLiteral("recording to ") + session.recorder.path())
-        .withValue(QStringLiteral("QString"), session.recorder.path());
+    return Reply::success(QStringLiteral("recording to ") + path).withValue(QStringLiteral("QString"), path);
 }
 } // namespace
 
@@ -41,9 +41,12 @@ void addRecord(CommandTable &table)
 {
     CommandEntry entry;
     entry.name = QStringLiteral("record");
-    entry.arguments = {{QStringLiteral("file"), QStringLiteral("file")}};
-    entry.usages = QStringList{QStringLiteral("record <file>"), QStringLiteral("record stop")};
-    entry.help = QStringLiteral("write the following commands, with the time between them as waits, to a script");
+    entry.forms.resize(2);
+    entry.forms[StopForm] = {keyword(QStringLiteral("stop"), {QStringLiteral("stop")})};
+    entry.forms[StartForm] = {keyword(Force, {Force}, true), required(QStringLiteral("file"), Argument::File)};
+    entry.help = QStringLiteral("write the following commands, with the time between them as waits, to a new script "
+                                "(--force replaces an existing one); reads are left out");
+    entry.label = QStringLiteral("Record");
     entry.run = record;
     table.add(entry);
 }

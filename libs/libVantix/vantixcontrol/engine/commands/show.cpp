@@ -11,12 +11,9 @@ namespace VantixControl {
 namespace {
 Reply show(Invocation &invocation)
 {
-    if (invocation.args.size() != 1) {
-        return Reply::failure(ErrorClass::BadRequest, QStringLiteral("usage: show <target>"));
-    }
     Target target;
     QString error;
-    if (!invocation.session.resolve(invocation.args.at(0), &target, &error)) {
+    if (!invocation.session.resolve(invocation.word(QStringLiteral("target")), &target, &error)) {
         return Reply::failure(ErrorClass::UnknownTarget, error);
     }
     const QJsonObject description =
@@ -31,8 +28,10 @@ void addShow(CommandTable &table)
 {
     CommandEntry entry;
     entry.name = QStringLiteral("show");
-    entry.arguments = {{QStringLiteral("target"), QStringLiteral("target")}};
+    entry.forms = {{required(QStringLiteral("target"), Argument::Target)}};
     entry.help = QStringLiteral("every property with its value, what can be called and what is signalled");
+    entry.label = QStringLiteral("Show");
+    entry.readOnly = true;
     entry.run = show;
     table.add(entry);
 }

@@ -13,9 +13,6 @@ namespace VantixControl {
 namespace {
 Reply sysinfo(Invocation &invocation)
 {
-    if (!invocation.args.isEmpty()) {
-        return Reply::failure(ErrorClass::BadRequest, QStringLiteral("usage: sysinfo"));
-    }
     const QJsonObject info = QJsonObject::fromVariantMap(invocation.session.system->systemInfo());
     return Reply::success().withValue(QStringLiteral("map"), info).withLines(TextRenderer::keyValues(info));
 }
@@ -26,6 +23,8 @@ void addSysinfo(CommandTable &table)
     CommandEntry entry;
     entry.name = QStringLiteral("sysinfo");
     entry.help = QStringLiteral("the system-information map");
+    entry.label = QStringLiteral("System information");
+    entry.readOnly = true;
     entry.run = sysinfo;
     table.add(entry);
 }

@@ -2,7 +2,6 @@
 
 #include "commandtable_p.h"
 #include "timedjob_p.h"
-#include "valuetext_p.h"
 
 namespace VantixControl {
 
@@ -10,32 +9,32 @@ namespace {
 class WaitJob : public TimedJob
 {
 public:
-    WaitJob(SessionPrivate &session, const Done &done, qint64 ms)
-        : TimedJob(session, done)
+    WaitJob(SessionPrivate &session, qint64 ms)
+        : TimedJob(session)
+        , m_ms(ms)
     {
-        after(ms, [this] { finish(Reply::success()); });
     }
-};
 
-void wait(Invocation &invocation, const Done &done)
-{
-    qlonglong ms = 0;
-    if (invocation.args.size() != 1 || !ValueText::parseInteger(invocation.args.at(0), &ms) || ms < 0 ||
-        ms > std::numeric_limits<int>::max()) {
-        done(Reply::failure(ErrorClass::BadRequest, QStringLiteral("usage: wait <ms>, with ms a whole number")));
-        return;
+private:
+    void begin() override
+    {
+        after(m_ms, [this] { finish(Reply::success()); });
     }
-    new WaitJob(invocation.session, done, ms);
-}
+
+    qint64 m_ms;
+};
 } // namespace
 
 void addWait(CommandTable &table)
 {
     CommandEntry entry;
     entry.name = QStringLiteral("wait");
-    entry.arguments = {{QStringLiteral("ms"), QStringLiteral("ms")}};
+    entry.forms = {{required(QStringLiteral("ms"), Argument::Milliseconds)}};
     entry.help = QStringLiteral("let the simulation run");
-    entry.start = wait;
+    entry.label = QStringLiteral("Wait");
+    entry.job = [](Invocation &invocation, Reply *) {
+        return new WaitJob(invocation.session, invocation.integer(QStringLiteral("ms")));
+    };
     table.add(entry);
 }
 
