@@ -84,6 +84,14 @@ constexpr Label table[] = {
     {"ReconnectState", "RS_ACTIVE_NETWORK_REMOVED", "Network removed"},
     {"ReconnectState", "RS_ACTIVATING", "Activating"},
 
+    {"peerState", "PS_UNKNOWN", "Unknown"},
+    {"peerState", "PS_GROUP_OWNER", "Group owner"},
+    {"peerState", "PS_CONNECTED", "Connected"},
+    {"peerState", "PS_REQUESTING", "Requesting"},
+    {"peerState", "PS_REFUSED", "Refused"},
+    {"peerState", "PS_ERROR", "Error"},
+    {"peerState", "PS_DISCONNECTED", "Disconnected"},
+
     // Colours are read inside phrases ("Flashing dark red") and stay in lower case.
     {"GlobalColor", "color0", "colour 0"},
     {"GlobalColor", "color1", "colour 1"},
