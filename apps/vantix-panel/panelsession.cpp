@@ -134,34 +134,9 @@ PropertyValue PanelSession::value(const QString &target, const QString &property
 
 QString PanelSession::enumLabel(const QString &type, const QString &key) const
 {
-    const QJsonObject e = enumOf(type);
-    const QString label = e.value(QLatin1String("labels")).toObject().value(key).toString();
-    if (!label.isEmpty()) {
-        return label;
-    }
-    // Without a label: the key without the prefix all keys share ("NETWORK_STATE_"), in lower case.
-    const QStringList keys = e.value(QLatin1String("keys")).toObject().keys();
-    QString prefix = keys.size() > 1 ? keys.first() : QString();
-    for (const QString &k : keys) {
-        while (!k.startsWith(prefix)) {
-            prefix.chop(1);
-        }
-    }
-    prefix.truncate(prefix.lastIndexOf(QLatin1Char('_')) + 1);
-    QString words;
-    for (const QChar c : key.midRef(key.startsWith(prefix) ? prefix.size() : 0)) {
-        // "NEED_AUTH" and "darkRed" both read as words.
-        if (c == QLatin1Char('_') || (c.isUpper() && key != key.toUpper() && !words.isEmpty())) {
-            words += QLatin1Char(' ');
-        }
-        if (c != QLatin1Char('_')) {
-            words += c.toLower();
-        }
-    }
-    if (!e.value(QLatin1String("flag")).toBool() && !words.isEmpty()) {
-        words[0] = words.at(0).toUpper();
-    }
-    return words;
+    // A value without a label in the schema (a device id, a platform) is best read by its name.
+    const QString label = enumOf(type).value(QLatin1String("labels")).toObject().value(key).toString();
+    return label.isEmpty() ? key : label;
 }
 
 QString PanelSession::enumText(const QString &type, const QString &text) const

@@ -59,7 +59,7 @@ public:
     bool hasFlag(const QString &target, const QString &property, const QString &flag) const;
     PropertyValue value(const QString &target, const QString &property) const;
 
-    /// The words a person reads for key @p key of enum @p type: the schema's label, else the key made readable.
+    /// The words a person reads for key @p key of enum @p type: the schema's label, else the key.
     QString enumLabel(const QString &type, const QString &key) const;
     /// @p text (one key, or flags joined by "|") of enum @p type in words: "enabled, charging".
     QString enumText(const QString &type, const QString &text) const;
