@@ -1,5 +1,7 @@
 #include "connectbar.h"
 
+#include "elidedlabel.h"
+#include "flowlayout.h"
 #include "simlauncher.h"
 
 #include <vantixcontrol/client/client.h>
@@ -20,10 +22,11 @@ ConnectBar::ConnectBar(QWidget *parent)
     , m_attach(new QPushButton(tr("Attach"), this))
     , m_platforms(new QComboBox(this))
     , m_start(new QPushButton(tr("Start simulator"), this))
-    , m_status(new QLabel(this))
+    , m_status(new ElidedLabel(this))
     , m_launcher(new SimLauncher(this))
 {
-    m_applications->setMinimumContentsLength(24);
+    // Long names elide: the bar fits an 800 pixel window.
+    m_applications->setMinimumContentsLength(20);
     m_applications->setSizeAdjustPolicy(QComboBox::AdjustToMinimumContentsLengthWithIcon);
     m_applications->setToolTip(tr("The running applications that use Vantix"));
     auto *reload = new QToolButton(this);
@@ -32,18 +35,25 @@ ConnectBar::ConnectBar(QWidget *parent)
     m_platforms->addItems(TQ_SPAPI::PlatformNames::names());
     m_platforms->setCurrentText(QStringLiteral("tolvex-plus"));
     m_platforms->setToolTip(tr("The platform of a new simulator"));
+    m_platforms->setSizeAdjustPolicy(QComboBox::AdjustToMinimumContentsLengthWithIcon);
+    m_platforms->setMinimumContentsLength(10);
 
-    auto *layout = new QHBoxLayout(this);
-    layout->setContentsMargins(0, 0, 0, 0);
-    layout->addWidget(new QLabel(tr("Application:"), this));
-    layout->addWidget(m_applications);
-    layout->addWidget(reload);
-    layout->addWidget(m_attach);
-    layout->addSpacing(16);
-    layout->addWidget(m_platforms);
-    layout->addWidget(m_start);
-    layout->addSpacing(16);
-    layout->addWidget(m_status, 1);
+    // Three groups that wrap on a narrow window: the running applications, a new simulator, the state.
+    const auto group = [this](const QList<QWidget *> &widgets) {
+        auto *box = new QWidget(this);
+        auto *row = new QHBoxLayout(box);
+        row->setContentsMargins(0, 0, 8, 0);
+        for (QWidget *w : widgets) {
+            w->setParent(box);
+            row->addWidget(w);
+        }
+        return box;
+    };
+    auto *layout = new FlowLayout(this);
+    layout->setLastFills(true);
+    layout->addWidget(group({new QLabel(tr("Application:"), this), m_applications, reload, m_attach}));
+    layout->addWidget(group({m_platforms, m_start}));
+    layout->addWidget(m_status);
 
     connect(reload, &QToolButton::clicked, this, [this] { refresh(m_applications->currentData().toString()); });
     connect(m_attach, &QPushButton::clicked, this, [this] {
@@ -97,7 +107,7 @@ void ConnectBar::refresh(const QString &prefer)
 void ConnectBar::setStatus(const QString &text, bool problem)
 {
     m_status->setText(text);
-    m_status->setStyleSheet(problem ? QStringLiteral("color: #c62828;") : QString());
+    m_status->setColour(problem ? QColor(0xc6, 0x28, 0x28) : QColor());
 }
 
 QString ConnectBar::statusText() const

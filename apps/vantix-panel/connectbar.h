@@ -3,8 +3,8 @@
 
 #include <QWidget>
 
+class ElidedLabel;
 class QComboBox;
-class QLabel;
 class QPushButton;
 class SimLauncher;
 
@@ -37,7 +37,7 @@ private:
     QPushButton *m_attach;
     QComboBox *m_platforms;
     QPushButton *m_start;
-    QLabel *m_status;
+    ElidedLabel *m_status;
     SimLauncher *m_launcher;
 };
 

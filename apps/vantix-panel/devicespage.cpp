@@ -29,15 +29,19 @@ DevicesPage::DevicesPage(PanelSession *session, QWidget *parent)
     m_list->setHeaderLabels({tr("Target"), tr("Status")});
     m_list->setRootIsDecorated(false);
     m_list->header()->setSectionResizeMode(0, QHeaderView::ResizeToContents);
+    // The status elides; its whole text is in its tooltip.
+    m_list->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
+    // Room for the names and the start of the status beside them.
+    m_list->setMinimumWidth(fontMetrics().averageCharWidth() * 36);
     m_detail->setWidgetResizable(true);
 
     auto *splitter = new QSplitter(this);
     splitter->addWidget(m_list);
     splitter->addWidget(m_detail);
+    splitter->setStretchFactor(0, 1);
     splitter->setStretchFactor(1, 2);
     auto *layout = new QVBoxLayout(this);
     layout->addWidget(splitter, 1);
-    layout->addWidget(statusLabel());
 
     connect(m_list, &QTreeWidget::currentItemChanged, this, [this](QTreeWidgetItem *item) {
         if (item) {
@@ -105,6 +109,6 @@ void DevicesPage::showTarget(const QString &target)
                        .arg(schema.value(QLatin1String("alias")).toString());
     }
     form->addRow(new QLabel(heading, content));
-    form->addRow(new TargetForm(m_session, target, true, content));
+    form->addRow(new TargetForm(m_session, target, true, PropertyEditor::RawNames, content));
     m_detail->setWidget(content);
 }

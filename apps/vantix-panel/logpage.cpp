@@ -1,10 +1,13 @@
 #include "logpage.h"
 
+#include "elidedlabel.h"
+#include "feedbacklabel.h"
 #include "panelsession.h"
 
+#include <vantixcontrol/client/scriptrunner.h>
 #include <vantixcontrol/protocol/event.h>
 #include <vantixcontrol/protocol/reply.h>
-#include <vantixcontrol/client/scriptrunner.h>
+#include <vantixcontrol/protocol/words.h>
 
 #include <QFile>
 #include <QFileDialog>
@@ -23,6 +26,8 @@ using namespace VantixControl;
 namespace {
 // The log keeps this many lines; older ones go.
 constexpr int maxLines = 5000;
+const QColor failColour(0xc6, 0x28, 0x28);
+const QColor passColour(0x2e, 0x7d, 0x32);
 } // namespace
 
 LogPage::LogPage(PanelSession *session, QWidget *parent)
@@ -31,19 +36,29 @@ LogPage::LogPage(PanelSession *session, QWidget *parent)
     , m_filter(new QLineEdit(this))
     , m_command(new QLineEdit(this))
     , m_scenario(new QLineEdit(this))
-    , m_result(new QLabel(this))
+    , m_result(new ElidedLabel(this))
     , m_recordFile(new QLineEdit(this))
+    , m_record(new QPushButton(tr("Record"), this))
+    , m_stopRecording(new QPushButton(tr("Stop recording"), this))
+    , m_recording(new ElidedLabel(this))
+    , m_recordFeedback(feedback())
 {
     m_log->setReadOnly(true);
     m_log->setMaximumBlockCount(maxLines);
     m_log->setFont(QFontDatabase::systemFont(QFontDatabase::FixedFont));
+    m_log->setLineWrapMode(QPlainTextEdit::WidgetWidth);
     m_filter->setPlaceholderText(tr("filter: words the line must hold"));
     m_filter->setClearButtonEnabled(true);
     m_command->setPlaceholderText(tr("any console command: help, get battery1 fuelGauge, setwifistate,12 …"));
     m_scenario->setPlaceholderText(tr("scenario file (.vsim)"));
     m_recordFile->setPlaceholderText(tr("file to record into"));
+    m_result->setBold(true);
+    m_recording->setColour(failColour);
+    m_recording->setBold(true);
+    m_stopRecording->setEnabled(false);
 
     auto *grid = new QGridLayout;
+    grid->setColumnStretch(1, 1);
     grid->addWidget(new QLabel(tr("Filter"), this), 0, 0);
     grid->addWidget(m_filter, 0, 1, 1, 3);
     grid->addWidget(new QLabel(tr("Command"), this), 1, 0);
@@ -54,18 +69,20 @@ LogPage::LogPage(PanelSession *session, QWidget *parent)
     grid->addWidget(m_scenario, 2, 1);
     grid->addWidget(browse, 2, 2);
     grid->addWidget(runScenarioButton, 2, 3);
+    // The result takes one line whatever its length: the whole of it is in its tooltip and in the log.
     grid->addWidget(m_result, 3, 1, 1, 3);
-    auto *record = new QPushButton(tr("Record"), this);
-    auto *stop = commandButton(tr("Stop recording"), QStringLiteral("record stop"));
     grid->addWidget(new QLabel(tr("Record"), this), 4, 0);
     grid->addWidget(m_recordFile, 4, 1);
-    grid->addWidget(record, 4, 2);
-    grid->addWidget(stop, 4, 3);
+    grid->addWidget(m_record, 4, 2);
+    grid->addWidget(m_stopRecording, 4, 3);
+    auto *recordState = new QHBoxLayout;
+    recordState->addWidget(m_recording, 1);
+    recordState->addWidget(m_recordFeedback, 1);
+    grid->addLayout(recordState, 5, 1, 1, 3);
 
     auto *layout = new QVBoxLayout(this);
     layout->addWidget(m_log, 1);
     layout->addLayout(grid);
-    layout->addWidget(statusLabel());
 
     connect(m_filter, &QLineEdit::textChanged, this, &LogPage::refilter);
     connect(m_command, &QLineEdit::returnPressed, this, [this] {
@@ -83,12 +100,21 @@ LogPage::LogPage(PanelSession *session, QWidget *parent)
         }
     });
     connect(runScenarioButton, &QPushButton::clicked, this, [this] { runScenario(m_scenario->text().trimmed()); });
-    connect(record, &QPushButton::clicked, this, [this] {
+    connect(m_record, &QPushButton::clicked, this, [this] {
         // The application writes the file: it needs a path that does not depend on its folder.
         const QString file = m_recordFile->text().trimmed();
-        if (!file.isEmpty()) {
-            run(QStringLiteral("record ") + QFileInfo(file).absoluteFilePath());
+        if (file.isEmpty()) {
+            m_recordFeedback->showProblem(tr("Name the file to record into first"));
+            return;
         }
+        run(Words::join({QStringLiteral("record"), QFileInfo(file).absoluteFilePath()}), m_recordFeedback);
+    });
+    connect(
+        m_stopRecording, &QPushButton::clicked, this, [this] { run(QStringLiteral("record stop"), m_recordFeedback); });
+    connect(session, &PanelSession::recordingChanged, this, [this](const QString &file) {
+        m_recording->setText(file.isEmpty() ? QString() : tr("● Recording to %1").arg(file));
+        m_stopRecording->setEnabled(!file.isEmpty());
+        m_record->setEnabled(file.isEmpty());
     });
 
     connect(session, &PanelSession::attached, this, [this] {
@@ -100,15 +126,20 @@ LogPage::LogPage(PanelSession *session, QWidget *parent)
     });
     connect(session, &PanelSession::detached, this,
         [this](const QString &reason) { append(tr("-- detached: %1").arg(reason)); });
+    // As in vantix-sim: the line first, then the events it caused, then its answer.
+    connect(session, &PanelSession::sent, this, [this](const QString &line) { append(QStringLiteral("> ") + line); });
     connect(session, &PanelSession::eventReceived, this, [this](const Event &event) { append(event.text()); });
     connect(session, &PanelSession::logReceived, this, [this](const LogEntry &entry) { append(entry.text()); });
-    connect(session, &PanelSession::answered, this, [this](const QString &line, const Reply &reply) {
-        append(QStringLiteral("> ") + line);
-        const QString rendered = reply.rendered();
-        for (const QString &l : rendered.split(QLatin1Char('\n'))) {
+    connect(session, &PanelSession::answered, this, [this](const QString &, const Reply &reply) {
+        for (const QString &l : reply.rendered().split(QLatin1Char('\n'))) {
             append(QStringLiteral("  ") + l);
         }
     });
+}
+
+QString LogPage::recordingText() const
+{
+    return m_recording->text();
 }
 
 void LogPage::runScenario(const QString &file)
@@ -116,7 +147,7 @@ void LogPage::runScenario(const QString &file)
     QFile in(file);
     if (!in.open(QIODevice::ReadOnly | QIODevice::Text)) {
         m_result->setText(tr("cannot read %1: %2").arg(file, in.errorString()));
-        m_result->setStyleSheet(QStringLiteral("color: #c62828;"));
+        m_result->setColour(failColour);
         return;
     }
     if (m_runner && !m_runner->isFinished()) {
@@ -129,11 +160,12 @@ void LogPage::runScenario(const QString &file)
         this);
     const QString name = QFileInfo(file).fileName();
     m_result->setText(tr("%1: running…").arg(name));
-    m_result->setStyleSheet(QString());
+    m_result->setColour(QColor());
     connect(m_runner, &ScriptRunner::finished, this, [this, name](int exitCode, const QString &message) {
-        m_result->setText(exitCode == 0 ? tr("%1: PASS").arg(name) : tr("%1: FAIL — %2").arg(name, message));
-        m_result->setStyleSheet(exitCode == 0 ? QStringLiteral("color: #2e7d32; font-weight: bold;")
-                                              : QStringLiteral("color: #c62828; font-weight: bold;"));
+        const QString result = exitCode == 0 ? tr("%1: PASS").arg(name) : tr("%1: FAIL — %2").arg(name, message);
+        m_result->setText(result);
+        m_result->setColour(exitCode == 0 ? passColour : failColour);
+        append(QStringLiteral("-- ") + result);
     });
     m_runner->start();
     m_runner->feed(QString::fromUtf8(in.readAll()).split(QLatin1Char('\n')), file, true);

@@ -5,8 +5,10 @@
 
 #include <QStringList>
 
-class QLabel;
+class ElidedLabel;
+class FeedbackLabel;
 class QLineEdit;
+class QPushButton;
 class QPlainTextEdit;
 
 namespace VantixControl {
@@ -24,7 +26,12 @@ public:
     QLineEdit *commandLine() const { return m_command; }
     QLineEdit *filter() const { return m_filter; }
     QPlainTextEdit *log() const { return m_log; }
-    QLabel *scenarioResult() const { return m_result; }
+    ElidedLabel *scenarioResult() const { return m_result; }
+    QLineEdit *recordFile() const { return m_recordFile; }
+    QPushButton *recordButton() const { return m_record; }
+    QPushButton *stopRecordingButton() const { return m_stopRecording; }
+    /// What the page says of the recording: "Recording to <file>", or empty.
+    QString recordingText() const;
     /// Runs the scenario in @p file against the application.
     void runScenario(const QString &file);
 
@@ -37,8 +44,12 @@ private:
     QLineEdit *m_filter;
     QLineEdit *m_command;
     QLineEdit *m_scenario;
-    QLabel *m_result;
+    ElidedLabel *m_result;
     QLineEdit *m_recordFile;
+    QPushButton *m_record;
+    QPushButton *m_stopRecording;
+    ElidedLabel *m_recording;
+    FeedbackLabel *m_recordFeedback;
     QStringList m_lines;
     VantixControl::ScriptRunner *m_runner = nullptr;
 };

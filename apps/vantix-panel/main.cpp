@@ -46,13 +46,18 @@ int main(int argc, char *argv[])
     parser.addHelpOption();
     parser.addVersionOption();
     const QCommandLineOption tabOption(QStringLiteral("tab"),
-        QStringLiteral("Open on this page: power, network, peripherals, storage, wifi-direct, devices, log."),
+        QStringLiteral("Open on this page: %1.").arg(PanelWindow::pageNames().join(QLatin1String(", "))),
         QStringLiteral("page"));
     const QCommandLineOption screenshotOption(QStringLiteral("screenshot"),
         QStringLiteral("Save a PNG picture of the window once it is attached, and quit (3 when it cannot)."),
         QStringLiteral("file"));
+    const QCommandLineOption followOption(QStringLiteral("follow"),
+        QStringLiteral("Once the application has gone, attach to any application that starts. Without it, only "
+                       "a new instance of the same application is attached by itself; others are offered."));
+    const QCommandLineOption sizeOption(QStringLiteral("size"),
+        QStringLiteral("The window's size, such as 800x600 (default 1100x700)."), QStringLiteral("WxH"));
     parser.addOptions(AppSelector::options());
-    parser.addOptions({tabOption, screenshotOption});
+    parser.addOptions({tabOption, followOption, sizeOption, screenshotOption});
     parser.process(app);
 
     AppSelector selector;
@@ -63,17 +68,25 @@ int main(int argc, char *argv[])
     }
 
     PanelWindow window;
-    if (parser.isSet(tabOption)) {
-        const QStringList tabs{QStringLiteral("power"), QStringLiteral("network"), QStringLiteral("peripherals"),
-            QStringLiteral("storage"), QStringLiteral("wifi-direct"), QStringLiteral("devices"), QStringLiteral("log")};
-        const int index = tabs.indexOf(parser.value(tabOption).toLower());
-        if (index < 0) {
-            std::fprintf(stderr, "vantix-panel: --tab takes one of %s\n", qPrintable(tabs.join(QLatin1String(", "))));
+    if (parser.isSet(tabOption) && !window.setCurrentPage(parser.value(tabOption))) {
+        std::fprintf(stderr, "vantix-panel: --tab takes one of %s\n",
+            qPrintable(PanelWindow::pageNames().join(QLatin1String(", "))));
+        return 2;
+    }
+    if (parser.isSet(followOption)) {
+        window.setFollow(PanelWindow::Follow::Any);
+    }
+    QSize size(1100, 700);
+    if (parser.isSet(sizeOption)) {
+        const QStringList wh = parser.value(sizeOption).split(QLatin1Char('x'));
+        const QSize asked = wh.size() == 2 ? QSize(wh.at(0).toInt(), wh.at(1).toInt()) : QSize();
+        if (asked.width() <= 0 || asked.height() <= 0) {
+            std::fprintf(stderr, "vantix-panel: --size takes a width and a height, such as 800x600\n");
             return 2;
         }
-        window.setCurrentPage(index);
+        size = asked;
     }
-    window.resize(1100, 600);
+    window.resize(size);
     QScopedPointer<Screenshot> screenshot;
     if (parser.isSet(screenshotOption)) {
         screenshot.reset(new Screenshot(&window, parser.value(screenshotOption)));

@@ -3,6 +3,7 @@
 
 #include "page.h"
 
+class FeedbackLabel;
 class QComboBox;
 class QGroupBox;
 class QLabel;
@@ -10,7 +11,7 @@ class QLineEdit;
 class QListWidget;
 class QSlider;
 
-/// The wired network and the Wi-Fi: states by name, addresses, SSID, radio values, flight mode, access points.
+/// The wired network and the Wi-Fi: states in words, addresses, SSID, radio values, flight mode, access points.
 class NetworkPage : public Page
 {
     Q_OBJECT
@@ -22,14 +23,19 @@ public:
     QComboBox *wifiState() const { return m_wifiState; }
     /// The flight mode as the page shows it, with its transition.
     QString flightText() const;
+    QString wifiStatusText() const;
 
 private:
     QGroupBox *wiredBox();
     QGroupBox *wifiBox();
     QGroupBox *flightBox();
-    QComboBox *stateCombo(const QString &command);
-    /// A field that sends "<command>,<text>" on Return, and shows @p property of @p target live.
-    QLineEdit *textField(const QString &target, const QString &property, const QString &command);
+    /// A list of the network states that sends "<command>,<number>", and its outcome.
+    QWidget *stateRow(const QString &command, const QString &target, QComboBox **combo);
+    /**
+     * A field that sends "<command>,<text>" on Return and shows @p property of @p target live; @p integer
+     * fields send whole numbers of 0 or more only.
+     */
+    QWidget *textField(const QString &target, const QString &property, const QString &command, bool integer = false);
     void update(const QString &target, const QString &property);
     void updateAccessPoints();
 

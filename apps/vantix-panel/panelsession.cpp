@@ -20,6 +20,11 @@ PanelSession::PanelSession(QObject *parent)
     });
     connect(&m_client, &Client::disconnected, this, [this](const QString &reason) {
         ++m_generation;
+        // A recording belongs to the session, which has ended.
+        if (!m_recording.isEmpty()) {
+            m_recording.clear();
+            Q_EMIT recordingChanged(m_recording);
+        }
         Q_EMIT detached(reason);
     });
     connect(&m_client, &Client::event, this, &PanelSession::onEvent);
@@ -36,6 +41,11 @@ void PanelSession::attach(const QString &socketPath)
     m_schemaPending = false;
     m_schemaStale = false;
     m_dirty.clear();
+    if (!m_recording.isEmpty()) {
+        m_recording.clear();
+        Q_EMIT recordingChanged(m_recording);
+    }
+    Q_EMIT attaching();
     m_client.connectToServer(socketPath);
 }
 
@@ -122,9 +132,38 @@ PropertyValue PanelSession::value(const QString &target, const QString &property
     return m_values.value(target).value(property);
 }
 
+QString PanelSession::enumLabel(const QString &type, const QString &key) const
+{
+    // A value without a label in the schema (a device id, a platform) is best read by its name.
+    const QString label = enumOf(type).value(QLatin1String("labels")).toObject().value(key).toString();
+    return label.isEmpty() ? key : label;
+}
+
+QString PanelSession::enumText(const QString &type, const QString &text) const
+{
+    if (text.isEmpty()) {
+        return text;
+    }
+    QStringList words;
+    for (const QString &key : text.split(QLatin1Char('|'), Qt::SkipEmptyParts)) {
+        words.append(enumLabel(type, key));
+    }
+    return words.join(QLatin1String(", "));
+}
+
+QString PanelSession::valueText(const QString &target, const QString &property) const
+{
+    const PropertyValue v = value(target, property);
+    const QString text = v.value.isString() ? v.value.toString() : v.text;
+    const QString type = this->property(target, property).value(QLatin1String("type")).toString();
+    return enumOf(type).isEmpty() ? text : enumText(type, text);
+}
+
 void PanelSession::run(const QString &line, const Client::Done &done)
 {
+    Q_EMIT sent(line);
     m_client.execute(line, [this, line, done](const Reply &reply) {
+        followRecording(line, reply);
         Q_EMIT answered(line, reply);
         if (done) {
             done(reply);
@@ -257,9 +296,17 @@ void PanelSession::onEvent(const Event &event)
             notified.append(property.value(QLatin1String("name")).toString());
         }
     }
-    // A signal that carries the one new value shows at once.
+    // A signal that carries the one new value shows at once. Events bring the value only, so its text is
+    // written here as the application writes it; the read-back below brings the application's own.
     if (notified.size() == 1 && event.arguments.size() == 1) {
-        store(event.object, notified.first(), event.arguments.first().value, event.arguments.first().text);
+        const QJsonValue value = event.arguments.first().value;
+        QString text = event.arguments.first().text;
+        if (text.isEmpty()) {
+            text = value.isBool()  ? QLatin1String(value.toBool() ? "true" : "false")
+                : value.isDouble() ? QString::number(value.toDouble())
+                                   : value.toString();
+        }
+        store(event.object, notified.first(), value, text);
     }
     // Then the whole target is read back, once per burst of its events: a change may come with
     // another signal than its own (a LED's off time is announced as msOnChanged), or with none.
@@ -277,5 +324,21 @@ void PanelSession::reloadDirty()
         if (m_targets.contains(target)) {
             loadValues(target);
         }
+    }
+}
+
+void PanelSession::followRecording(const QString &line, const Reply &reply)
+{
+    QStringList words;
+    QString error;
+    if (!reply.ok || !Words::split(line, &words, &error) || words.size() != 2 ||
+        words.first().compare(QLatin1String("record"), Qt::CaseInsensitive) != 0) {
+        return;
+    }
+    // "record stop" answers with the file it wrote, "record <file>" with the file it writes: tell them apart.
+    const QString file = words.at(1) == QLatin1String("stop") ? QString() : reply.value.toString();
+    if (file != m_recording) {
+        m_recording = file;
+        Q_EMIT recordingChanged(m_recording);
     }
 }

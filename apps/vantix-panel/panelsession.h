@@ -59,12 +59,24 @@ public:
     bool hasFlag(const QString &target, const QString &property, const QString &flag) const;
     PropertyValue value(const QString &target, const QString &property) const;
 
+    /// The words a person reads for key @p key of enum @p type: the schema's label, else the key.
+    QString enumLabel(const QString &type, const QString &key) const;
+    /// @p text (one key, or flags joined by "|") of enum @p type in words: "enabled, charging".
+    QString enumText(const QString &type, const QString &text) const;
+    /// A property's value as a person reads it: enums and flags in words, the rest as the application wrote it.
+    QString valueText(const QString &target, const QString &property) const;
+
+    /// The file the panel's recording goes to; empty while it records nothing.
+    QString recordingFile() const { return m_recording; }
+
     /// Runs a console line; @p done (may be empty) gets the reply.
     void run(const QString &line, const VantixControl::Client::Done &done = VantixControl::Client::Done());
     void setProperty(const QString &target, const QString &property, const QString &valueText,
         const VantixControl::Client::Done &done = VantixControl::Client::Done());
 
 Q_SIGNALS:
+    /// A new attach starts: everything known of the previous application is gone.
+    void attaching();
     void attached();
     void detached(const QString &reason);
     /// Targets appeared or went (hot-plug), or the schema was loaded.
@@ -72,8 +84,11 @@ Q_SIGNALS:
     void valueChanged(const QString &target, const QString &property);
     void eventReceived(const VantixControl::Event &event);
     void logReceived(const VantixControl::LogEntry &entry);
-    /// A console line the panel sent, and its answer, for the log page.
+    /// A console line the panel sends, then its answer, for the log page.
+    void sent(const QString &line);
     void answered(const QString &line, const VantixControl::Reply &reply);
+    /// A recording started (with its file) or ended (empty).
+    void recordingChanged(const QString &file);
 
 private:
     /// The schema's entry for enum or flags @p type (keys, flag), empty when it has none.
@@ -85,6 +100,7 @@ private:
     void store(const QString &target, const QString &property, const QJsonValue &value, const QString &text);
     void onEvent(const VantixControl::Event &event);
     void reloadDirty();
+    void followRecording(const QString &line, const VantixControl::Reply &reply);
 
     VantixControl::Client m_client;
     QString m_socketPath;
@@ -92,6 +108,7 @@ private:
     QHash<QString, QJsonObject> m_targets;
     QHash<QString, QHash<QString, PropertyValue>> m_values;
     QSet<QString> m_dirty;
+    QString m_recording;
     bool m_schemaPending = false;
     bool m_schemaStale = false;
     int m_generation = 0;

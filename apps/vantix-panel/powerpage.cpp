@@ -1,20 +1,30 @@
 #include "powerpage.h"
 
+#include "columnslayout.h"
+#include "feedbacklabel.h"
 #include "panelsession.h"
 
+#include <vantixcontrol/protocol/reply.h>
+#include <vantixcontrol/protocol/words.h>
+
+#include <QCheckBox>
 #include <QGridLayout>
 #include <QGroupBox>
-#include <QHBoxLayout>
 #include <QLabel>
 #include <QLineEdit>
+#include <QPointer>
 #include <QPushButton>
+#include <QRegularExpression>
 #include <QSignalBlocker>
 #include <QSlider>
 #include <QSpinBox>
 #include <QVBoxLayout>
 
+using VantixControl::Reply;
+
 namespace {
 const QString powerSupply = QStringLiteral("ID_POWER_SUPPLY");
+const QString statusProperty = QStringLiteral("status");
 
 // The fuel in the colours of the keypad presets' levels: low at 15 %, critical at 10 %.
 void showFuel(QLabel *label, int percent)
@@ -24,34 +34,26 @@ void showFuel(QLabel *label, int percent)
                        .arg(QLatin1String(colour))
                        .arg(percent));
 }
+
+void setChecked(QCheckBox *box, bool on)
+{
+    const QSignalBlocker blocker(box);
+    box->setChecked(on);
+}
 } // namespace
 
 PowerPage::PowerPage(PanelSession *session, QWidget *parent)
     : Page(session, parent)
 {
     auto *layout = new QVBoxLayout(this);
-    auto *batteries = new QHBoxLayout;
+    auto *batteries = new ColumnsLayout(2);
+    batteries->setSpacing(layout->spacing());
     batteries->addWidget(batteryBox(m_batteries[0], 1));
     batteries->addWidget(batteryBox(m_batteries[1], 2));
     layout->addLayout(batteries);
-
-    auto *supply = new QGroupBox(tr("Power supply and presets"), this);
-    auto *supplyLayout = new QHBoxLayout(supply);
-    m_mains = new QPushButton(tr("Mains connected"), supply);
-    m_mains->setCheckable(true);
-    m_mains->setToolTip(tr("Toggle external power on the power supply (F9)"));
-    connect(m_mains, &QPushButton::clicked, this, [this] { run(QStringLiteral("key F9")); });
-    supplyLayout->addWidget(m_mains);
-    supplyLayout->addSpacing(16);
-    // The keypad presets of the debug controller: they set the first battery's fuel and start nothing else.
-    supplyLayout->addWidget(commandButton(tr("Low (15 %)"), QStringLiteral("key keypad+1")));
-    supplyLayout->addWidget(commandButton(tr("Critical (10 %)"), QStringLiteral("key keypad+2")));
-    supplyLayout->addWidget(commandButton(tr("Shutdown (5 %)"), QStringLiteral("key keypad+3")));
-    supplyLayout->addStretch(1);
-    layout->addWidget(supply);
+    layout->addWidget(supplyBox());
     layout->addWidget(rampBox());
     layout->addStretch(1);
-    layout->addWidget(statusLabel());
 
     connect(session, &PanelSession::valueChanged, this, [this](const QString &target, const QString &) {
         for (Battery &b : m_batteries) {
@@ -60,45 +62,86 @@ PowerPage::PowerPage(PanelSession *session, QWidget *parent)
             }
         }
         if (target == powerSupply) {
-            m_mains->setChecked(
-                m_session->hasFlag(powerSupply, QStringLiteral("status"), QStringLiteral("F_POWER_CONNECTED")));
+            setChecked(m_mains, m_session->hasFlag(powerSupply, statusProperty, QStringLiteral("F_POWER_CONNECTED")));
         }
     });
     connect(session, &PanelSession::schemaChanged, this, [this] {
         for (Battery &b : m_batteries) {
             update(b);
         }
-        m_mains->setEnabled(!m_session->target(powerSupply).isEmpty());
+        const bool supply = !m_session->target(powerSupply).isEmpty();
+        m_mains->setEnabled(supply);
+        m_mains->setToolTip(supply ? tr("Connects or disconnects external power on the power supply (key F9)")
+                                   : tr("This platform has no power supply device (%1)").arg(powerSupply));
     });
+    connect(session, &PanelSession::attaching, this, &PowerPage::clear);
 }
 
 QSlider *PowerPage::fuelSlider(int number) const
 {
-    return m_batteries[number == 2 ? 1 : 0].fuel;
+    return battery(number).fuel;
 }
 
-QPushButton *PowerPage::chargingButton(int number) const
+QString PowerPage::fuelText(int number) const
 {
-    return m_batteries[number == 2 ? 1 : 0].charging;
+    return battery(number).fuelText->text().remove(QRegularExpression(QStringLiteral("<[^>]*>")));
+}
+
+QCheckBox *PowerPage::chargingBox(int number) const
+{
+    return battery(number).charging;
+}
+
+QLineEdit *PowerPage::currentField(int number) const
+{
+    return battery(number).current;
+}
+
+QPushButton *PowerPage::setCurrentButton(int number) const
+{
+    return battery(number).setCurrent;
+}
+
+void PowerPage::sendCurrent(int number)
+{
+    const Battery &b = battery(number);
+    const QString text = b.current->text().trimmed();
+    bool ok = false;
+    const double ampere = text.toDouble(&ok);
+    // The debug command reads anything that is not a number as 0 A: what is no number is never sent.
+    if (!ok || !qIsFinite(ampere)) {
+        b.currentFeedback->showProblem(text.isEmpty()
+                ? tr("Type a current in ampere first, such as -0.5")
+                : tr("\"%1\" is not a number of ampere (such as -0.5)").arg(text));
+        return;
+    }
+    run(QStringLiteral("setbatterycurrent,%1,%2").arg(b.selector, QString::number(ampere)), b.currentFeedback);
 }
 
 QGroupBox *PowerPage::batteryBox(Battery &battery, int number)
 {
     battery.target = number == 1 ? QStringLiteral("ID_BATTERY_1ST") : QStringLiteral("ID_BATTERY_2ND");
+    battery.selector = QString::number(number);
     battery.box = new QGroupBox(tr("Battery %1").arg(number), this);
+    battery.box->setToolTip(battery.target);
     auto *grid = new QGridLayout(battery.box);
+    grid->setColumnStretch(1, 3);
+    grid->setColumnStretch(2, 2);
+    const QStringList targets{battery.target};
+    const QString selector = battery.selector;
+
+    // Fuel: the value goes once, when the slider is let go or moved by the keyboard.
     battery.fuel = new QSlider(Qt::Horizontal, battery.box);
     battery.fuel->setObjectName(QStringLiteral("fuel%1").arg(number));
     battery.fuel->setRange(0, 100);
     battery.fuel->setPageStep(10);
-    battery.fuelText = new QLabel(battery.box);
-    battery.fuelText->setMinimumWidth(64);
-    const QString selector = QString::number(number);
+    battery.fuelText = new QLabel(QStringLiteral("–"), battery.box);
+    battery.fuelText->setMinimumWidth(fontMetrics().horizontalAdvance(QStringLiteral("100 %")) * 3 / 2);
+    FeedbackLabel *fuelFeedback = feedback(targets);
     QSlider *fuel = battery.fuel;
-    const auto sendFuel = [this, selector, fuel] {
-        run(QStringLiteral("setbatteryfuel,%1,%2").arg(selector).arg(fuel->value()));
+    const auto sendFuel = [this, selector, fuel, fuelFeedback] {
+        run(QStringLiteral("setbatteryfuel,%1,%2").arg(selector).arg(fuel->value()), fuelFeedback);
     };
-    // While dragging, the value goes once, when the slider is let go.
     connect(fuel, &QSlider::valueChanged, this, [fuel, sendFuel] {
         if (!fuel->isSliderDown()) {
             sendFuel();
@@ -107,57 +150,89 @@ QGroupBox *PowerPage::batteryBox(Battery &battery, int number)
     connect(fuel, &QSlider::sliderReleased, this, sendFuel);
     connect(fuel, &QSlider::valueChanged, battery.fuelText,
         [label = battery.fuelText](int value) { showFuel(label, value); });
-    grid->addWidget(new QLabel(tr("Fuel gauge"), battery.box), 0, 0);
-    grid->addWidget(fuel, 0, 1, 1, 3);
-    grid->addWidget(battery.fuelText, 0, 4);
+    auto *fuelRow = new QHBoxLayout;
+    fuelRow->addWidget(fuel, 1);
+    fuelRow->addWidget(battery.fuelText);
+    grid->addWidget(new QLabel(tr("Fuel"), battery.box), 0, 0);
+    grid->addLayout(fuelRow, 0, 1);
+    grid->addWidget(fuelFeedback, 0, 2);
 
-    battery.charging = new QPushButton(tr("Charging"), battery.box);
-    battery.charging->setCheckable(true);
-    connect(battery.charging, &QPushButton::clicked, this,
-        [this, selector] { run(QStringLiteral("togglecharging,%1").arg(selector)); });
-    battery.powerConnected = new QPushButton(tr("Power connected"), battery.box);
-    battery.powerConnected->setCheckable(true);
-    connect(battery.powerConnected, &QPushButton::clicked, this, [this, target = battery.target] {
+    // The check boxes show the application's flags; a click asks for the change and the flag follows.
+    battery.charging = new QCheckBox(tr("Charging"), battery.box);
+    battery.charging->setToolTip(
+        tr("F_CHARGE in the battery's status; a click toggles it (togglecharging,%1)").arg(selector));
+    battery.powerConnected = new QCheckBox(tr("External power"), battery.box);
+    battery.powerConnected->setToolTip(tr("F_POWER_CONNECTED in the battery's status"));
+    FeedbackLabel *flagsFeedback = feedback(targets);
+    connect(battery.charging, &QCheckBox::clicked, this,
+        [this, selector, flagsFeedback] { run(QStringLiteral("togglecharging,%1").arg(selector), flagsFeedback); });
+    connect(battery.powerConnected, &QCheckBox::clicked, this, [this, target = battery.target, flagsFeedback] {
         // No debug command toggles a battery's external power; the device's own flag does.
-        const bool on = m_session->hasFlag(target, QStringLiteral("status"), QStringLiteral("F_POWER_CONNECTED"));
-        run(QStringLiteral("call %1 %2 F_POWER_CONNECTED")
-                .arg(target, on ? QStringLiteral("clearAbility") : QStringLiteral("setAbility")));
+        const bool on = m_session->hasFlag(target, statusProperty, QStringLiteral("F_POWER_CONNECTED"));
+        run(VantixControl::Words::join(
+                {QStringLiteral("call"), target, on ? QStringLiteral("clearAbility") : QStringLiteral("setAbility"),
+                    QStringLiteral("F_POWER_CONNECTED")}),
+            flagsFeedback);
     });
-    grid->addWidget(battery.charging, 1, 1);
-    grid->addWidget(battery.powerConnected, 1, 2);
+    auto *flagsRow = new QHBoxLayout;
+    flagsRow->addWidget(battery.charging);
+    flagsRow->addWidget(battery.powerConnected);
+    flagsRow->addStretch(1);
+    grid->addWidget(new QLabel(tr("Power"), battery.box), 1, 0);
+    grid->addLayout(flagsRow, 1, 1);
+    grid->addWidget(flagsFeedback, 1, 2);
 
-    auto *current = new QLineEdit(battery.box);
-    current->setPlaceholderText(tr("ampere, e.g. -0.5"));
-    const auto sendCurrent = [this, selector, current] {
-        run(QStringLiteral("setbatterycurrent,%1,%2").arg(selector, current->text().trimmed()));
-    };
-    connect(current, &QLineEdit::returnPressed, this, sendCurrent);
-    auto *setCurrent = new QPushButton(tr("Set current"), battery.box);
-    connect(setCurrent, &QPushButton::clicked, this, sendCurrent);
+    battery.current = new QLineEdit(battery.box);
+    battery.current->setPlaceholderText(tr("ampere, e.g. -0.5"));
+    battery.current->setObjectName(QStringLiteral("current%1").arg(number));
+    battery.setCurrent = new QPushButton(tr("Set current"), battery.box);
+    battery.currentFeedback = feedback(targets);
+    connect(battery.current, &QLineEdit::returnPressed, this, [this, number] { sendCurrent(number); });
+    connect(battery.setCurrent, &QPushButton::clicked, this, [this, number] { sendCurrent(number); });
+    auto *currentRow = new QHBoxLayout;
+    currentRow->addWidget(battery.current, 1);
+    currentRow->addWidget(battery.setCurrent);
     grid->addWidget(new QLabel(tr("Current"), battery.box), 2, 0);
-    grid->addWidget(current, 2, 1);
-    grid->addWidget(setCurrent, 2, 2);
+    grid->addLayout(currentRow, 2, 1);
+    grid->addWidget(battery.currentFeedback, 2, 2);
 
     battery.details = new QLabel(battery.box);
     battery.details->setWordWrap(true);
-    grid->addWidget(battery.details, 3, 0, 1, 5);
-    auto *buttons = new QHBoxLayout;
-    battery.add = commandButton(tr("Add"), QStringLiteral("addbattery,%1").arg(selector));
-    battery.add->setParent(battery.box);
-    buttons->addWidget(battery.add);
-    QPushButton *remove = commandButton(tr("Remove"), QStringLiteral("rmbattery,%1").arg(selector));
-    remove->setParent(battery.box);
-    buttons->addWidget(remove);
-    buttons->addStretch(1);
-    grid->addLayout(buttons, 4, 0, 1, 5);
+    grid->addWidget(battery.details, 3, 0, 1, 3);
+
+    FeedbackLabel *plugFeedback = feedback(targets);
+    battery.add = commandButton(tr("Add"), QStringLiteral("addbattery,%1").arg(selector), plugFeedback);
+    battery.remove = commandButton(tr("Remove"), QStringLiteral("rmbattery,%1").arg(selector), plugFeedback);
+    grid->addWidget(controlRow({battery.add, battery.remove}, plugFeedback), 4, 0, 1, 3);
     update(battery);
     return battery.box;
+}
+
+QGroupBox *PowerPage::supplyBox()
+{
+    auto *box = new QGroupBox(tr("Power supply and presets"), this);
+    auto *layout = new QVBoxLayout(box);
+    FeedbackLabel *mainsFeedback = feedback({powerSupply});
+    m_mains = new QCheckBox(tr("Mains connected"), box);
+    connect(m_mains, &QCheckBox::clicked, this, [this, mainsFeedback] {
+        // The box shows what the application holds: the key toggles, the event sets the box.
+        setChecked(m_mains, !m_mains->isChecked());
+        run(QStringLiteral("key F9"), mainsFeedback);
+    });
+    // The keypad presets of the debug controller: they set the first battery's fuel and start nothing else.
+    FeedbackLabel *presetFeedback = feedback({QStringLiteral("ID_BATTERY_1ST")});
+    QPushButton *low = commandButton(tr("Low battery 15 %"), QStringLiteral("key keypad+1"), presetFeedback);
+    QPushButton *critical = commandButton(tr("Critical 10 %"), QStringLiteral("key keypad+2"), presetFeedback);
+    QPushButton *shutdown = commandButton(tr("Shutdown 5 %"), QStringLiteral("key keypad+3"), presetFeedback);
+    layout->addWidget(controlRow({m_mains}, mainsFeedback));
+    layout->addWidget(controlRow({low, critical, shutdown}, presetFeedback));
+    return box;
 }
 
 QGroupBox *PowerPage::rampBox()
 {
     auto *box = new QGroupBox(tr("Drain ramp (first battery)"), this);
-    auto *layout = new QHBoxLayout(box);
+    auto *layout = new QVBoxLayout(box);
     auto *from = new QSpinBox(box);
     auto *to = new QSpinBox(box);
     auto *seconds = new QSpinBox(box);
@@ -165,52 +240,88 @@ QGroupBox *PowerPage::rampBox()
     to->setRange(0, 100);
     from->setValue(100);
     to->setValue(5);
+    from->setPrefix(tr("from "));
+    to->setPrefix(tr("to "));
     from->setSuffix(QStringLiteral(" %"));
     to->setSuffix(QStringLiteral(" %"));
     seconds->setRange(1, 3600);
     seconds->setValue(30);
+    seconds->setPrefix(tr("over "));
     seconds->setSuffix(tr(" s"));
-    layout->addWidget(new QLabel(tr("From"), box));
-    layout->addWidget(from);
-    layout->addWidget(new QLabel(tr("to"), box));
-    layout->addWidget(to);
-    layout->addWidget(new QLabel(tr("over"), box));
-    layout->addWidget(seconds);
-    // The ramp runs in the application; its answer comes when it has ended.
-    layout->addWidget(commandButton(tr("Start ramp"), [from, to, seconds] {
-        return QStringLiteral("ramp ID_BATTERY_1ST setbatteryfuel,1 %1 %2 %3")
-            .arg(from->value())
-            .arg(to->value())
-            .arg(seconds->value() * 1000);
-    }));
-    auto *stop = new QPushButton(tr("Stop"), box);
-    connect(stop, &QPushButton::clicked, this, [this] { m_session->client().cancel(); });
-    layout->addWidget(stop);
-    layout->addStretch(1);
+    FeedbackLabel *rampFeedback = feedback({QStringLiteral("ID_BATTERY_1ST")});
+    auto *start = new QPushButton(tr("Start ramp"), box);
+    m_stopRamp = new QPushButton(tr("Stop"), box);
+    m_stopRamp->setEnabled(false);
+    m_stopRamp->setToolTip(tr("Stops the running ramp where it is"));
+    connect(start, &QPushButton::clicked, this, [this, from, to, seconds, start, rampFeedback] {
+        // The ramp runs in the application; its answer comes when it has ended.
+        const QString line = VantixControl::Words::join({QStringLiteral("ramp"), QStringLiteral("ID_BATTERY_1ST"),
+            QStringLiteral("setbatteryfuel,1"), QString::number(from->value()), QString::number(to->value()),
+            QString::number(seconds->value() * 1000)});
+        start->setEnabled(false);
+        m_stopRamp->setEnabled(true);
+        rampFeedback->begin();
+        QPointer<PowerPage> self(this);
+        m_session->run(line, [self, start, rampFeedback](const Reply &reply) {
+            if (self) {
+                start->setEnabled(true);
+                self->m_stopRamp->setEnabled(false);
+                rampFeedback->showReply(reply);
+            }
+        });
+    });
+    connect(m_stopRamp, &QPushButton::clicked, this, [this] { m_session->client().cancel(); });
+    layout->addWidget(controlRow({from, to, seconds, start, m_stopRamp}, rampFeedback));
     return box;
 }
 
 void PowerPage::update(Battery &battery)
 {
     const bool present = !m_session->target(battery.target).isEmpty();
-    for (QWidget *w : battery.box->findChildren<QWidget *>()) {
-        w->setEnabled(w == battery.add ? !present : present || w == battery.details);
+    const QString missing = tr("Battery %1 is not plugged: Add plugs it").arg(battery.selector);
+    for (QWidget *w : {static_cast<QWidget *>(battery.fuel), static_cast<QWidget *>(battery.charging),
+             static_cast<QWidget *>(battery.powerConnected), static_cast<QWidget *>(battery.current),
+             static_cast<QWidget *>(battery.setCurrent), static_cast<QWidget *>(battery.remove)}) {
+        w->setEnabled(present);
     }
-    if (!present) {
-        battery.details->setText(tr("not plugged"));
+    battery.add->setEnabled(!present);
+    battery.add->setToolTip(present ? tr("Battery %1 is plugged").arg(battery.selector)
+                                    : QStringLiteral("addbattery,%1").arg(battery.selector));
+    battery.remove->setToolTip(present ? QStringLiteral("rmbattery,%1").arg(battery.selector) : missing);
+    battery.setCurrent->setToolTip(
+        present ? QStringLiteral("setbatterycurrent,%1,<ampere>").arg(battery.selector) : missing);
+    const PropertyValue fuel = m_session->value(battery.target, QStringLiteral("fuelGauge"));
+    if (!present || !fuel.known) {
+        const QSignalBlocker blocker(battery.fuel);
+        battery.fuel->setValue(0);
+        battery.fuelText->setText(QStringLiteral("–"));
+        setChecked(battery.charging, false);
+        setChecked(battery.powerConnected, false);
+        battery.details->setText(present ? QStringLiteral("…") : tr("not plugged"));
         return;
     }
-    const PropertyValue fuel = m_session->value(battery.target, QStringLiteral("fuelGauge"));
-    if (fuel.known && !battery.fuel->isSliderDown()) {
+    if (!battery.fuel->isSliderDown()) {
         const QSignalBlocker blocker(battery.fuel);
         battery.fuel->setValue(fuel.value.toInt());
         showFuel(battery.fuelText, fuel.value.toInt());
     }
-    const QString status = QStringLiteral("status");
-    battery.charging->setChecked(m_session->hasFlag(battery.target, status, QStringLiteral("F_CHARGE")));
-    battery.powerConnected->setChecked(m_session->hasFlag(battery.target, status, QStringLiteral("F_POWER_CONNECTED")));
-    battery.details->setText(tr("%1 · current %2 A · voltage %3 V")
-                                 .arg(m_session->value(battery.target, status).text,
-                                     m_session->value(battery.target, QStringLiteral("current")).text,
-                                     m_session->value(battery.target, QStringLiteral("voltage")).text));
+    setChecked(battery.charging, m_session->hasFlag(battery.target, statusProperty, QStringLiteral("F_CHARGE")));
+    setChecked(battery.powerConnected,
+        m_session->hasFlag(battery.target, statusProperty, QStringLiteral("F_POWER_CONNECTED")));
+    const auto number = [this, &battery](const char *property) {
+        return m_session->value(battery.target, QLatin1String(property)).text;
+    };
+    battery.details->setText(
+        tr("Status: %1 · %2 V · %3 A")
+            .arg(m_session->valueText(battery.target, statusProperty), number("voltage"), number("current")));
+    battery.details->setToolTip(m_session->value(battery.target, statusProperty).text);
+}
+
+void PowerPage::clear()
+{
+    for (Battery &b : m_batteries) {
+        b.current->clear();
+        update(b);
+    }
+    setChecked(m_mains, false);
 }

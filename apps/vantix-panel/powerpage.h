@@ -3,6 +3,8 @@
 
 #include "page.h"
 
+class FeedbackLabel;
+class QCheckBox;
 class QGroupBox;
 class QLabel;
 class QLineEdit;
@@ -19,26 +21,41 @@ public:
 
     /// The fuel gauge slider of battery @p number (1 or 2).
     QSlider *fuelSlider(int number) const;
-    QPushButton *chargingButton(int number) const;
+    /// The fuel as the page shows it beside the slider ("42 %", or "–" while unknown).
+    QString fuelText(int number) const;
+    QCheckBox *chargingBox(int number) const;
+    QLineEdit *currentField(int number) const;
+    QPushButton *setCurrentButton(int number) const;
+    /// Sends the current typed for battery @p number, once it is a number.
+    void sendCurrent(int number);
 
 private:
     struct Battery
     {
         QString target;
+        QString selector;
         QGroupBox *box = nullptr;
         QSlider *fuel = nullptr;
         QLabel *fuelText = nullptr;
-        QPushButton *charging = nullptr;
-        QPushButton *powerConnected = nullptr;
+        QCheckBox *charging = nullptr;
+        QCheckBox *powerConnected = nullptr;
+        QLineEdit *current = nullptr;
+        QPushButton *setCurrent = nullptr;
+        FeedbackLabel *currentFeedback = nullptr;
         QLabel *details = nullptr;
         QPushButton *add = nullptr;
+        QPushButton *remove = nullptr;
     };
+    const Battery &battery(int number) const { return m_batteries[number == 2 ? 1 : 0]; }
     QGroupBox *batteryBox(Battery &battery, int number);
+    QGroupBox *supplyBox();
     QGroupBox *rampBox();
     void update(Battery &battery);
+    void clear();
 
     Battery m_batteries[2];
-    QPushButton *m_mains = nullptr;
+    QCheckBox *m_mains = nullptr;
+    QPushButton *m_stopRamp = nullptr;
 };
 
 #endif

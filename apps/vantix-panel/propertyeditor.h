@@ -3,6 +3,7 @@
 
 #include <QWidget>
 
+class FeedbackLabel;
 class PanelSession;
 class QCheckBox;
 class QComboBox;
@@ -20,12 +21,17 @@ class PropertyEditor : public QWidget
     Q_OBJECT
 
 public:
-    PropertyEditor(PanelSession *session, const QString &target, const QString &property, QWidget *parent = nullptr);
+    /// How enum and flag values read: in words (the raw names in the tooltip), or by their names.
+    enum Naming { Words, RawNames };
+
+    PropertyEditor(PanelSession *session, const QString &target, const QString &property, Naming naming = RawNames,
+        QWidget *parent = nullptr);
 
     QString target() const { return m_target; }
     QString propertyName() const { return m_property; }
     /// The error of the last refused value; empty after a change is accepted.
     QString errorText() const;
+    QLabel *label() const { return m_label; }
     QLineEdit *lineEdit() const { return m_line; }
     QCheckBox *checkBox() const { return m_check; }
     QComboBox *comboBox() const { return m_combo; }
@@ -35,16 +41,17 @@ public:
 
 private:
     void showValue();
-    void showError(const QString &message);
 
     PanelSession *m_session;
     QString m_target;
     QString m_property;
+    QString m_type;
+    Naming m_naming;
     QLabel *m_label = nullptr;
     QLineEdit *m_line = nullptr;
     QCheckBox *m_check = nullptr;
     QComboBox *m_combo = nullptr;
-    QLabel *m_error = nullptr;
+    FeedbackLabel *m_error = nullptr;
 };
 
 #endif

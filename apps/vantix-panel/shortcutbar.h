@@ -3,9 +3,17 @@
 
 #include "page.h"
 
-class QHBoxLayout;
+class FeedbackLabel;
+class FlowLayout;
+class QMenu;
+class QToolButton;
 
-/// A button per keyboard shortcut of the debug controller, sent as the key command; listed by the application.
+/**
+ * A button per keyboard shortcut of the debug controller, named by what it
+ * does and sent as the key command; listed by the application. The row
+ * wraps on a narrow window, over two lines at most: the keys that do not
+ * fit are in the "More keys" menu.
+ */
 class ShortcutBar : public Page
 {
     Q_OBJECT
@@ -13,10 +21,26 @@ class ShortcutBar : public Page
 public:
     explicit ShortcutBar(PanelSession *session, QWidget *parent = nullptr);
 
+    /// The keys' buttons, shown or not, in the application's order.
+    QList<QPushButton *> keyButtons() const { return m_keys; }
+    QToolButton *moreButton() const { return m_more; }
+
+protected:
+    bool eventFilter(QObject *watched, QEvent *event) override;
+
 private:
     void rebuild();
+    /// Shows the buttons that fit in the lines allowed at the row's width; the menu holds the others.
+    void fit();
 
-    QHBoxLayout *m_buttons;
+    QWidget *m_holder;
+    FlowLayout *m_buttons;
+    QList<QPushButton *> m_keys;
+    QToolButton *m_more;
+    QMenu *m_menu;
+    FeedbackLabel *m_feedback;
+    bool m_built = false;
+    int m_fittedWidth = -1;
 };
 
 #endif

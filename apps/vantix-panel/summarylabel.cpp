@@ -2,65 +2,65 @@
 
 #include "panelsession.h"
 
-namespace {
-// "NETWORK_STATE_ACTIVATED" reads as "activated", "JACK_HEADPHONE|JACK_MIC" as "headphone + mic".
-QString shortName(const QString &name, const QString &prefix)
-{
-    QStringList parts;
-    for (QString part : name.split(QLatin1Char('|'))) {
-        if (part.startsWith(prefix)) {
-            part = part.mid(prefix.size());
-        }
-        parts.append(part.toLower().replace(QLatin1Char('_'), QLatin1Char(' ')));
-    }
-    return parts.join(QLatin1String(" + "));
-}
-} // namespace
+#include <vantixcontrol/protocol/event.h>
 
 SummaryLabel::SummaryLabel(PanelSession *session, QWidget *parent)
-    : QLabel(parent)
+    : ElidedLabel(parent)
     , m_session(session)
 {
-    setTextFormat(Qt::RichText);
+    setObjectName(QStringLiteral("summary"));
     connect(session, &PanelSession::valueChanged, this, &SummaryLabel::refresh);
     connect(session, &PanelSession::schemaChanged, this, &SummaryLabel::refresh);
-    connect(session, &PanelSession::detached, this, &QLabel::clear);
+    // The application says it has shut the unit down, and that it runs again after a reboot.
+    connect(session, &PanelSession::eventReceived, this, [this](const VantixControl::Event &event) {
+        if (event.object == QLatin1String("System") &&
+            (event.signal == QLatin1String("apiClosed") || event.signal == QLatin1String("apiReady"))) {
+            m_poweredOff = event.signal == QLatin1String("apiClosed");
+            refresh();
+        }
+    });
+    connect(session, &PanelSession::attaching, this, [this] {
+        m_poweredOff = false;
+        setText(QString());
+    });
+    connect(session, &PanelSession::detached, this, [this] { setText(QString()); });
 }
 
 void SummaryLabel::refresh()
 {
-    const auto text = [this](const QString &target, const QString &property) -> QString {
-        const PropertyValue v = m_session->value(target, property);
-        if (!v.known) {
-            return QString();
-        }
-        return v.value.isString() ? v.value.toString() : v.text;
+    const auto known = [this](const QString &target, const QString &property) {
+        return m_session->value(target, property).known;
     };
     QStringList parts;
+    if (m_poweredOff) {
+        parts.append(tr("powered off"));
+    }
     for (const QString &battery : {QStringLiteral("ID_BATTERY_1ST"), QStringLiteral("ID_BATTERY_2ND")}) {
-        const QString fuel = text(battery, QStringLiteral("fuelGauge"));
-        if (!fuel.isEmpty()) {
-            parts.append(
-                QStringLiteral("%1 <b>%2 %</b>")
-                    .arg(battery == QLatin1String("ID_BATTERY_1ST") ? tr("battery 1") : tr("battery 2"), fuel));
+        const QString fuel = QStringLiteral("fuelGauge");
+        if (known(battery, fuel)) {
+            parts.append(tr("battery %1 %2 %")
+                             .arg(battery == QLatin1String("ID_BATTERY_1ST") ? 1 : 2)
+                             .arg(m_session->value(battery, fuel).value.toInt()));
         }
     }
-    const QString statePrefix = QStringLiteral("NETWORK_STATE_");
-    const QString lan = text(QStringLiteral("ID_NETWORK_LAN"), QStringLiteral("networkState"));
-    if (!lan.isEmpty()) {
-        parts.append(tr("wired <b>%1</b>").arg(shortName(lan, statePrefix)));
+    const QString state = QStringLiteral("networkState");
+    const QString lan = QStringLiteral("ID_NETWORK_LAN");
+    if (known(lan, state)) {
+        parts.append(tr("wired %1").arg(m_session->valueText(lan, state).toLower()));
     }
-    const QString wifi = text(QStringLiteral("ID_NETWORK_WIFI"), QStringLiteral("networkState"));
-    if (!wifi.isEmpty()) {
-        parts.append(tr("Wi-Fi <b>%1</b>").arg(shortName(wifi, statePrefix)));
+    const QString wifi = QStringLiteral("ID_NETWORK_WIFI");
+    if (known(wifi, state)) {
+        const bool off = known(wifi, QStringLiteral("status")) &&
+            !m_session->hasFlag(wifi, QStringLiteral("status"), QStringLiteral("F_ENABLE"));
+        parts.append(off ? tr("Wi-Fi off") : tr("Wi-Fi %1").arg(m_session->valueText(wifi, state).toLower()));
     }
-    const QString jack = text(QStringLiteral("ID_AUDIO"), QStringLiteral("jackFlags"));
-    if (!jack.isEmpty()) {
-        parts.append(tr("jack <b>%1</b>").arg(shortName(jack, QStringLiteral("JACK_"))));
+    const QString audio = QStringLiteral("ID_AUDIO");
+    if (known(audio, QStringLiteral("jackFlags"))) {
+        parts.append(tr("jack: %1").arg(m_session->valueText(audio, QStringLiteral("jackFlags"))));
     }
-    const QString flight = text(QStringLiteral("System"), QStringLiteral("flightModeStatus"));
-    if (!flight.isEmpty()) {
-        parts.append(tr("flight mode <b>%1</b>").arg(shortName(flight, QStringLiteral("FLIGHT_MODE_"))));
+    const QString flight = QStringLiteral("flightModeStatus");
+    if (known(QStringLiteral("System"), flight)) {
+        parts.append(tr("flight mode %1").arg(m_session->valueText(QStringLiteral("System"), flight)));
     }
-    setText(parts.join(QLatin1String(" &nbsp;&middot;&nbsp; ")));
+    setText(parts.join(QStringLiteral("  ·  ")));
 }

@@ -1,12 +1,15 @@
 #ifndef VANTIXPANEL_SUMMARYLABEL_H
 #define VANTIXPANEL_SUMMARYLABEL_H
 
-#include <QLabel>
+#include "elidedlabel.h"
 
 class PanelSession;
 
-/// The values a user watches most, in one line whatever page is open: fuel, networks, jack, flight mode.
-class SummaryLabel : public QLabel
+/**
+ * The values a user watches most, in one line whatever page is open: fuel,
+ * networks, jack, flight mode, and whether the application has powered off.
+ */
+class SummaryLabel : public ElidedLabel
 {
     Q_OBJECT
 
@@ -17,6 +20,7 @@ private:
     void refresh();
 
     PanelSession *m_session;
+    bool m_poweredOff = false;
 };
 
 #endif

@@ -2,19 +2,21 @@
 
 #include "methodrow.h"
 #include "panelsession.h"
-#include "propertyeditor.h"
 
 #include <QFormLayout>
 #include <QJsonArray>
 #include <QJsonObject>
 #include <QLabel>
 
-TargetForm::TargetForm(PanelSession *session, const QString &target, bool withMethods, QWidget *parent)
+TargetForm::TargetForm(
+    PanelSession *session, const QString &target, bool withMethods, PropertyEditor::Naming naming, QWidget *parent)
     : QWidget(parent)
 {
     const QJsonObject schema = session->target(target);
     auto *form = new QFormLayout(this);
     form->setFieldGrowthPolicy(QFormLayout::AllNonFixedFieldsGrow);
+    // Names above their fields on a narrow page.
+    form->setRowWrapPolicy(QFormLayout::WrapLongRows);
     QStringList shown;
     for (const QJsonValue &p : schema.value(QLatin1String("properties")).toArray()) {
         const QString name = p.toObject().value(QLatin1String("name")).toString();
@@ -22,7 +24,7 @@ TargetForm::TargetForm(PanelSession *session, const QString &target, bool withMe
             continue; // a property the class redeclares
         }
         shown.append(name);
-        auto *editor = new PropertyEditor(session, target, name, this);
+        auto *editor = new PropertyEditor(session, target, name, naming, this);
         editor->setObjectName(name);
         form->addRow(name, editor);
     }
@@ -30,7 +32,7 @@ TargetForm::TargetForm(PanelSession *session, const QString &target, bool withMe
     if (withMethods && !methods.isEmpty()) {
         form->addRow(new QLabel(tr("<b>Methods</b>"), this));
         for (const QJsonValue &m : methods) {
-            form->addRow(new MethodRow(session, target, m.toObject(), this));
+            form->addRow(new MethodRow(session, target, m.toObject(), naming, this));
         }
     }
 }

@@ -1,6 +1,8 @@
 #ifndef VANTIXPANEL_TARGETFORM_H
 #define VANTIXPANEL_TARGETFORM_H
 
+#include "propertyeditor.h"
+
 #include <QWidget>
 
 class PanelSession;
@@ -11,7 +13,8 @@ class TargetForm : public QWidget
     Q_OBJECT
 
 public:
-    TargetForm(PanelSession *session, const QString &target, bool withMethods, QWidget *parent = nullptr);
+    TargetForm(PanelSession *session, const QString &target, bool withMethods, PropertyEditor::Naming naming,
+        QWidget *parent = nullptr);
 };
 
 #endif

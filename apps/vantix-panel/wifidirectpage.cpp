@@ -1,5 +1,6 @@
 #include "wifidirectpage.h"
 
+#include "feedbacklabel.h"
 #include "panelsession.h"
 #include "targetform.h"
 
@@ -24,8 +25,8 @@ WifiDirectPage::WifiDirectPage(PanelSession *session, QWidget *parent)
     inner->setLayout(m_content);
     scroll->setWidget(inner);
     auto *layout = new QVBoxLayout(this);
+    layout->setContentsMargins(0, 0, 0, 0);
     layout->addWidget(scroll, 1);
-    layout->addWidget(statusLabel());
     connect(session, &PanelSession::schemaChanged, this, &WifiDirectPage::rebuild);
 }
 
@@ -50,19 +51,23 @@ void WifiDirectPage::rebuild()
     }
     auto *parent = m_content->parentWidget();
     if (!present) {
-        m_content->addWidget(new QLabel(tr("The application has no Wi-Fi P2P device (%1).").arg(p2p), parent));
-        m_content->addWidget(commandButton(tr("Plug %1").arg(p2p), QStringLiteral("plug ") + p2p));
+        auto *none = new QLabel(tr("The application has no Wi-Fi P2P device (%1).").arg(p2p), parent);
+        none->setWordWrap(true);
+        m_content->addWidget(none);
+        FeedbackLabel *plugFeedback = feedback({p2p});
+        m_content->addWidget(controlRow(
+            {commandButton(tr("Plug %1").arg(p2p), QStringLiteral("plug ") + p2p, plugFeedback)}, plugFeedback));
         m_content->addStretch(1);
         return;
     }
     auto *manager = new QGroupBox(tr("Wi-Fi P2P manager (%1)").arg(p2p), parent);
     auto *managerLayout = new QVBoxLayout(manager);
-    managerLayout->addWidget(new TargetForm(m_session, p2p, true, manager));
+    managerLayout->addWidget(new TargetForm(m_session, p2p, true, PropertyEditor::Words, manager));
     m_content->addWidget(manager);
     for (const QString &peer : qAsConst(peers)) {
         auto *box = new QGroupBox(tr("Peer %1").arg(peer), parent);
         auto *boxLayout = new QVBoxLayout(box);
-        boxLayout->addWidget(new TargetForm(m_session, peer, true, box));
+        boxLayout->addWidget(new TargetForm(m_session, peer, true, PropertyEditor::Words, box));
         m_content->addWidget(box);
     }
     if (peers.isEmpty()) {

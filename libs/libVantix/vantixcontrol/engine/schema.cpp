@@ -3,6 +3,7 @@
 #include "commandtable_p.h"
 #include "devicenames_p.h"
 #include "effects_p.h"
+#include "enumlabels_p.h"
 #include "eventwatcher_p.h"
 #include "reflection_p.h"
 #include "keynames_p.h"
@@ -43,8 +44,14 @@ QJsonObject enumJson(const QMetaEnum &e)
     for (int i = 0; i < e.keyCount(); ++i) {
         keys.insert(QString::fromLatin1(e.key(i)), e.value(i));
     }
-    return QJsonObject{{QStringLiteral("flag"), e.isFlag()}, {QStringLiteral("scope"), QString::fromLatin1(e.scope())},
+    QJsonObject result{{QStringLiteral("flag"), e.isFlag()}, {QStringLiteral("scope"), QString::fromLatin1(e.scope())},
         {QStringLiteral("keys"), keys}};
+    // The words clients show for the values, so that all of them show the same.
+    const QJsonObject labels = EnumLabels::labels(e);
+    if (!labels.isEmpty()) {
+        result.insert(QStringLiteral("labels"), labels);
+    }
+    return result;
 }
 
 QJsonObject describeWithEnums(const QObject *object, const QString &name, const ObjectNamer *namer, bool withValues,
