@@ -1,6 +1,6 @@
 # The battery of a Tolvex runs down until examples/app powers the unit off.
 #
-#   pytest --vantix-app build/examples/app/example-app python/examples/test_example_app.py
+#   pytest --vantix-app=build/examples/app/example-app python/examples/test_example_app.py
 
 
 def test_battery_drain_powers_the_unit_off(vantix_app):

@@ -1,5 +1,7 @@
 """The pytest plugin, run in pytest processes of its own (pytester)."""
 
+import subprocess
+import sys
 from pathlib import Path
 
 import pytest
@@ -135,7 +137,11 @@ def test_the_readme_example(pytester, run):
     run("--vantix-app=" + need(EXAMPLE_APP, "example-app")).assert_outcomes(passed=1)
 
 
-def test_the_readme_shows_the_examples_as_they_are():
-    readme = (EXAMPLES.parents[1] / "README.md").read_text()
-    for example in ("test_example_app.py", "example-app-battery.vsim"):
-        assert (EXAMPLES / example).read_text() in readme, example
+def test_the_readmes_show_the_examples_and_the_api_as_they_are():
+    for readme in (EXAMPLES.parents[1] / "README.md", EXAMPLES.parent / "README.md"):
+        text = readme.read_text()
+        for example in ("test_example_app.py", "example-app-battery.vsim"):
+            assert (EXAMPLES / example).read_text() in text, (readme, example)
+    apidoc = subprocess.run([sys.executable, str(EXAMPLES.parent / "tools" / "apidoc.py")], capture_output=True,
+                            text=True, check=True)
+    assert apidoc.stdout in (EXAMPLES.parent / "README.md").read_text(), "run python/tools/apidoc.py --write"

@@ -1,24 +1,24 @@
 """pytest plugin: a running application per test, and scenarios as tests.
 
-Fixtures:
+- ``vantix_app`` starts the application, waits for its greeting and gives a
+  connected :class:`~vantix.Client` (its :class:`~vantix.App` is
+  ``vantix_app.app``); it stops the application after the test. A failed
+  test's report holds the events and the message log of the test, and the
+  application's output.
+- ``vantix_scenario`` is a function that runs a ``.vsim`` file against
+  ``vantix_app`` (or a client given) and fails the test at the scenario's
+  line.
 
-``vantix_app``
-    Starts the application, waits for its greeting and gives a connected
-    :class:`~vantix.Client`; stops it after the test. A failed test's report
-    holds the application's events, its message log and its output.
-``vantix_scenario``
-    A function that runs a ``.vsim`` file against ``vantix_app`` (or a
-    client given) and fails the test at the scenario's line.
+Which application, in this order: a ``@pytest.mark.vantix_app(...)``
+marker, ``--vantix-app "./build/myapp --flag"`` (or the ini option
+``vantix_app``), ``--vantix-platform NAME`` (``vantix-sim --platform
+NAME``; ini ``vantix_platform``). ``--vantix-speed X`` runs it under
+libfaketime, X times as fast. ``--vantix-scope module`` keeps one
+application per module and resets it (``reset``) between tests; an
+application without ``reset`` is started afresh instead.
 
-Which application, in this order: a ``@pytest.mark.vantix_app(...)`` marker,
-``--vantix-app "./build/myapp --flag"`` (or the ini option ``vantix_app``),
-``--vantix-platform NAME`` (``vantix-sim --platform NAME``; ini
-``vantix_platform``). ``--vantix-speed X`` runs it under libfaketime, X
-times as fast. ``--vantix-scope module`` keeps one application per module
-and resets it (``reset``) between tests.
-
-Each application gets a private runtime folder and unit root, so that tests
-run in parallel (``pytest -n auto``) never meet.
+Each application gets a private runtime folder and unit root, so that
+tests run in parallel (``pytest -n auto``) never meet.
 """
 
 import os
