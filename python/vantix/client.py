@@ -10,7 +10,7 @@ import json
 import os
 import time
 from pathlib import Path
-from typing import Any, Callable, Dict, List, Optional, Union
+from typing import Any, Callable, Dict, List, Optional, Set, Union
 
 from . import words
 from .connection import GREETING_TIMEOUT, MAX_LINE_BYTES, PROTOCOL, Connection, Stream
@@ -67,6 +67,8 @@ class Client:
         #: arguments resolve there; None sends the process's current one.
         self.cwd = None  # type: Optional[str]
         self._mark = 0
+        # The events expect_event returned, by number: each is found once.
+        self._taken = set()  # type: Set[int]
         self._switches = {"events": False, "log": False}
         self._schema = None  # type: Optional[Schema]
         #: The :class:`~vantix.App` when :func:`vantix.launch` started the application.
@@ -338,20 +340,23 @@ class Client:
 
     def _event_filter(
         self, obj: Optional[str], signal: Optional[str], args: Dict[str, Any]
-    ) -> Callable[[Event], bool]:
+    ) -> Optional[Callable[[Event], bool]]:
         names = self._object_names(obj)
+        if args:
 
-        def accept(event: Event) -> bool:
-            if names is not None and event.object not in names:
-                return False
-            if signal is not None and event.signal != signal:
-                return False
-            for key, wanted in args.items():
-                if key not in event.args or not _matches(wanted, event.args[key]):
+            def accept(event: Event) -> bool:
+                if (names is not None and event.object not in names) or (signal is not None and event.signal != signal):
                     return False
-            return True
+                values = event.args
+                return all(key in values and _matches(wanted, values[key]) for key, wanted in args.items())
 
-        return accept
+            return accept
+        # Streams judge every event in the reader: the common filters stay one expression.
+        if names is None:
+            return None if signal is None else (lambda e: e.signal == signal)
+        if signal is None:
+            return lambda e: e.object in names
+        return lambda e: e.signal == signal and e.object in names
 
     def events(
         self, object: Optional[str] = None, signal: Optional[str] = None, timeout: Optional[float] = None, **args: Any
@@ -409,12 +414,13 @@ class Client:
         """Makes :meth:`expect_event` look only at events that come from now on."""
         with self._conn.lock:
             self._mark = self._conn.seq
+            self._taken.clear()
 
     def _take(self, event: Event) -> bool:
         with self._conn.lock:
-            if event._taken:
+            if event.seq in self._taken:
                 return False
-            event._taken = True
+            self._taken.add(event.seq)
             return True
 
     def expect_event(
@@ -435,10 +441,10 @@ class Client:
         that lists the events seen meanwhile.
         """
         self._ensure("events")
-        accept = self._event_filter(object, signal, args)
+        accept = self._event_filter(object, signal, args) or (lambda e: True)
         seen = []  # type: List[Event]
         stream = EventStream(self._conn, "event", None, None)
-        earlier = [e for e in self._conn.subscribe(stream, True, since=self._mark) if not e._taken]
+        earlier = [e for e in self._conn.subscribe(stream, True, since=self._mark) if e.seq not in self._taken]
         try:
             for event in earlier:
                 if accept(event) and self._take(event):

@@ -11,7 +11,6 @@ threads, which in CPython costs more than the round trip itself.
 
 import json
 import os
-import queue
 import select
 import socket
 import struct
@@ -39,6 +38,11 @@ _CHUNK = 262144
 
 _PEERCRED = struct.Struct("3i")
 _END = object()
+# The leader while a waiting thread reads.
+_READING = object()
+# json's own C scanner: json.loads() around it costs more than the scan
+# for lines as short as events.
+_scan = json.JSONDecoder().scan_once
 
 
 def peer_uid(sock: socket.socket) -> int:
@@ -82,39 +86,51 @@ class Stream:
     ``with``), or when nothing refers to it any more.
     """
 
-    def __init__(self, connection: "Connection", kind: str, accept: Optional[Callable[[Any], bool]], timeout: Optional[float]):
+    def __init__(
+        self, connection: "Connection", kind: str, accept: Optional[Callable[[Any], bool]], timeout: Optional[float]
+    ):
         self._connection = connection
         self._kind = kind
         self._accept = accept
-        self._items = queue.SimpleQueue()  # type: queue.SimpleQueue
+        # Filled by the reader under the connection's lock, emptied by the user:
+        # a deque's append and popleft need no lock of their own.
+        self._items = deque()  # type: Deque[Any]
         self.timeout = timeout
         self._closed = False
 
-    def _offer(self, item: Any) -> None:
-        if self._accept is None or self._accept(item):
-            self._items.put(item)
+    def _offer(self, items: List[Any]) -> None:
+        accept = self._accept
+        if accept is None:
+            self._items.extend(items)
+        else:
+            self._items.extend([item for item in items if accept(item)])
 
     def _end(self) -> None:
-        self._items.put(_END)
+        self._items.append(_END)
 
     def _has_item(self) -> bool:
-        return not self._items.empty()
+        return bool(self._items)
+
+    def _wait(self, wait: Optional[float]) -> Any:
+        deadline = None if wait is None else time.monotonic() + wait
+        self._connection.wait_for(self._has_item, deadline)
+        try:
+            return self._items.popleft()
+        except IndexError:
+            raise Timeout("no %s within %g s" % (self._kind, wait)) from None
+
+    def _ended(self) -> Disconnected:
+        self._items.appendleft(_END)
+        return self._connection.disconnected(None)
 
     def next(self, timeout: Any = ...) -> Any:
         """The next item, waiting at most ``timeout`` seconds (default: the stream's)."""
         try:
-            item = self._items.get_nowait()
-        except queue.Empty:
-            wait = self.timeout if timeout is ... else timeout
-            deadline = None if wait is None else time.monotonic() + wait
-            self._connection.wait_for(self._has_item, deadline)
-            try:
-                item = self._items.get_nowait()
-            except queue.Empty:
-                raise Timeout("no %s within %g s" % (self._kind, wait)) from None
+            item = self._items.popleft()
+        except IndexError:
+            item = self._wait(self.timeout if timeout is ... else timeout)
         if item is _END:
-            self._items.put(_END)
-            raise self._connection.disconnected(None)
+            raise self._ended()
         return item
 
     def __iter__(self) -> "Stream":
@@ -122,20 +138,26 @@ class Stream:
 
     def __next__(self) -> Any:
         try:
-            return self.next()
-        except Timeout:
-            raise StopIteration from None
+            item = self._items.popleft()
+        except IndexError:
+            try:
+                item = self._wait(self.timeout)
+            except Timeout:
+                raise StopIteration from None
+        if item is _END:
+            raise self._ended()
+        return item
 
     def drain(self) -> List[Any]:
         """What has come and is not taken yet, without waiting."""
         items = []
         while True:
             try:
-                item = self._items.get_nowait()
-            except queue.Empty:
+                item = self._items.popleft()
+            except IndexError:
                 return items
             if item is _END:
-                self._items.put(_END)
+                self._items.appendleft(_END)
                 return items
             items.append(item)
 
@@ -180,6 +202,8 @@ class Connection:
         self.log_seq = 0
         self._sock, self.greeting, self._buffer = _open(socket_path, greeting_timeout)
         self._wake_read, self._wake_write = os.pipe2(os.O_NONBLOCK | os.O_CLOEXEC)
+        self._poller = select.poll()
+        self._poller.register(self._sock.fileno(), select.POLLIN)
         self._reader = threading.Thread(
             target=self._background, name="vantix-reader %s" % self.greeting.get("pid"), daemon=True
         )
@@ -277,45 +301,44 @@ class Connection:
         """Waits until ``ready()`` (judged under the lock) or the deadline
         (``time.monotonic()``) or the end of the connection, reading the
         socket meanwhile if no other thread does. Returns ``ready()``."""
+        mu = self._mu
         me = None  # type: Optional[_Sleeper]
-        try:
-            while True:
-                with self._mu:
-                    if ready():
-                        return True
-                    if self._closed:
-                        return False
-                    if deadline is not None and time.monotonic() >= deadline:
-                        return False
+        while True:
+            with mu:
+                if ready() or self._closed or (deadline is not None and time.monotonic() >= deadline):
+                    if me is not None:
+                        self._last_active = time.monotonic()
+                    if self._leader is None:
+                        self._pass_lead()
+                    return ready()
+                if self._leader is None:
+                    self._leader = _READING
+                    lead = True
+                else:
+                    lead = False
                     if me is None:
                         me = _Sleeper(ready)
-                    lead = self._leader is None
-                    if lead:
-                        self._leader = me
+                    if self._leader == "bg" and not self._bg_woken:
+                        self._bg_woken = True
+                        self._wake_reader()
+                    self._sleepers.append(me)
+            if lead:
+                try:
+                    result = self._read(ready, deadline)
+                finally:
+                    with mu:
+                        self._leader = None
+                        self._last_active = time.monotonic()
+                        self._pass_lead()
+                return result
+            remaining = -1 if deadline is None else max(0.0, deadline - time.monotonic())
+            if not me.lock.acquire(timeout=remaining):
+                with mu:
+                    if me in self._sleepers:
+                        self._sleepers.remove(me)
                     else:
-                        if self._leader == "bg" and not self._bg_woken:
-                            self._bg_woken = True
-                            self._wake_reader()
-                        self._sleepers.append(me)
-                if lead:
-                    try:
-                        return self._read(ready, deadline)
-                    finally:
-                        with self._mu:
-                            self._leader = None
-                remaining = -1 if deadline is None else max(0.0, deadline - time.monotonic())
-                if not me.lock.acquire(timeout=remaining):
-                    with self._mu:
-                        if me in self._sleepers:
-                            self._sleepers.remove(me)
-                        else:
-                            # Woken just as the time ran out: take the wake-up.
-                            me.lock.acquire()
-        finally:
-            with self._mu:
-                self._last_active = time.monotonic()
-                if self._leader is None:
-                    self._pass_lead()
+                        # Woken just as the time ran out: take the wake-up.
+                        me.lock.acquire()
 
     def _pass_lead(self) -> None:
         # Under the lock, with no one reading: a waiting thread takes over.
@@ -331,15 +354,18 @@ class Connection:
     def _read(self, ready: Callable[[], bool], deadline: Optional[float]) -> bool:
         sock = self._sock
         while True:
-            if deadline is not None:
-                remaining = deadline - time.monotonic()
-                if remaining <= 0:
-                    return False
-                readable, _, _ = select.select([sock], [], [], remaining)
-                if not readable:
-                    return False
             try:
-                chunk = sock.recv(_CHUNK)
+                if deadline is None:
+                    chunk = sock.recv(_CHUNK)
+                else:
+                    try:
+                        # What is there already needs no wait.
+                        chunk = sock.recv(_CHUNK, socket.MSG_DONTWAIT)
+                    except BlockingIOError:
+                        remaining = deadline - time.monotonic()
+                        if remaining <= 0 or not self._poller.poll(max(1, int(remaining * 1000))):
+                            return False
+                        continue
             except OSError as e:
                 self._lost(e.strerror or str(e))
                 return ready()
@@ -399,25 +425,34 @@ class Connection:
         """Hands out what a chunk of the stream holds; only the reader calls it."""
         if self._buffer:
             chunk = self._buffer + chunk
-        lines = chunk.split(b"\n")
-        self._buffer = lines.pop()
-        loads = json.loads
+        complete, newline, self._buffer = chunk.rpartition(b"\n")
+        if not newline:
+            return
+        try:
+            lines = complete.decode("utf-8").split("\n")
+        except UnicodeDecodeError:
+            lines = complete.decode("utf-8", "replace").split("\n")
+        scan = _scan
         replies = []
         events = []
         entries = []
+        seq = self.seq
+        log_seq = self.log_seq
         for line in lines:
             try:
-                message = loads(line)
-            except ValueError:
+                message = scan(line, 0)[0]
+            except (StopIteration, ValueError):
                 continue
             if type(message) is not dict:
                 continue
-            if "ok" in message:
+            if "event" in message:
+                seq += 1
+                events.append(Event(message, seq))
+            elif "ok" in message:
                 replies.append(message)
-            elif "event" in message:
-                events.append(Event(message))
             elif "log" in message:
-                entries.append(LogEntry(message))
+                log_seq += 1
+                entries.append(LogEntry(message, log_seq))
             elif "error" in message:
                 # The server's last word before it drops this client.
                 error = message["error"]
@@ -430,22 +465,13 @@ class Connection:
                 if waiter is not None:
                     waiter.reply = message
             if events:
-                history = self.history
-                seq = self.seq
-                for event in events:
-                    seq += 1
-                    event.seq = seq
-                    history.append(event)
+                self.history.extend(events)
                 self.seq = seq
                 if self._event_streams:
                     _offer(self._event_streams, events)
             if entries:
-                seq = self.log_seq
-                for entry in entries:
-                    seq += 1
-                    entry.seq = seq
-                self.log_seq = seq
                 self.log_history.extend(entries)
+                self.log_seq = log_seq
                 if self._log_streams:
                     _offer(self._log_streams, entries)
             if self._sleepers:
@@ -480,9 +506,8 @@ def _offer(streams: List[weakref.ref], items: List[Any]) -> None:
         stream = ref()
         if stream is None:
             dead = True
-            continue
-        for item in items:
-            stream._offer(item)
+        else:
+            stream._offer(items)
     if dead:
         streams[:] = [ref for ref in streams if ref() is not None]
 

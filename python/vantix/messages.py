@@ -15,18 +15,31 @@ class Event:
     the time since the application's ``System::initialize()``.
     """
 
-    __slots__ = ("object", "signal", "args", "args_text", "ms", "seq", "raw", "_taken")
+    # Made for every event that arrives, wanted or not: only what filters
+    # read is taken out of the message at once.
+    __slots__ = ("object", "signal", "seq", "raw")
 
     def __init__(self, raw: Dict[str, Any], seq: int = 0):
         self.raw = raw
         self.signal = raw.get("event")
         self.object = raw.get("object")
-        args = raw.get("args")
-        self.args = args if isinstance(args, dict) else {}
-        self.args_text = raw.get("argsText", "")
-        self.ms = raw.get("ms")
         self.seq = seq
-        self._taken = False
+
+    @property
+    def args(self) -> Dict[str, Any]:
+        """The arguments by parameter name (an unnamed one by its position, ``"0"``)."""
+        args = self.raw.get("args")
+        return args if isinstance(args, dict) else {}
+
+    @property
+    def args_text(self) -> str:
+        """The arguments as ``vantix-sim`` prints them: ``newValue=10``."""
+        return str(self.raw.get("argsText", ""))
+
+    @property
+    def ms(self) -> Any:
+        """Milliseconds since the application's ``System::initialize()``, monotonic."""
+        return self.raw.get("ms")
 
     @property
     def name(self) -> str:
