@@ -88,22 +88,26 @@ def test_one_application_per_module_is_reset_between_tests(pytester, run):
     result.assert_outcomes(passed=2)
 
 
-def test_marker_ini_and_platform(pytester, run):
+def test_marker_command_line_and_ini(pytester, run):
     need(VANTIX_SIM, "vantix-sim")
-    pytester.makeini("[pytest]\nvantix_platform = quarnel\n")
+    pytester.makeini("[pytest]\nvantix_app = %s\nvantix_platform = quarnel\n" % need(EXAMPLE_APP, "example-app"))
     pytester.makepyfile(
-        test_platforms="""
+        test_choice="""
         import pytest
 
-        def test_from_ini(vantix_app):
-            assert vantix_app.platform == "PT_QUARNEL"
+        def test_unmarked(vantix_app, request):
+            wanted = request.config.getoption("vantix_platform") or "tolvex"
+            assert (vantix_app.application, vantix_app.platform_name) == (
+                "example-app" if wanted == "tolvex" else "vantix-sim", wanted)
 
         @pytest.mark.vantix_app(platform="tolvex-plus")
-        def test_from_marker(vantix_app):
-            assert vantix_app.platform_name == "tolvex-plus"
+        def test_marked(vantix_app):
+            assert (vantix_app.application, vantix_app.platform_name) == ("vantix-sim", "tolvex-plus")
         """
     )
+    # The ini file's application; the command line's platform over it.
     run().assert_outcomes(passed=2)
+    run("--vantix-platform=quarnel").assert_outcomes(passed=2)
 
 
 def test_no_application_given(pytester, run):

@@ -36,6 +36,8 @@ class LogStream(Stream):
     """Log entries from the moment :meth:`Client.log` was called; as :class:`EventStream`."""
 
 
+# The methods set __tracebackhide__: a failure in a pytest test is shown at
+# the test's own line, not inside this package.
 class Client:
     """A connection to the control socket of an application that uses Vantix.
 
@@ -143,6 +145,7 @@ class Client:
     def request(self, request: Dict[str, Any], timeout: Any = ...) -> Dict[str, Any]:
         """Sends one request object (its ``id`` is added) and returns the
         whole answer, ``ok`` true or false. Most callers want :meth:`run`."""
+        __tracebackhide__ = True
         body = json.dumps(request)
         if not isinstance(request, dict) or not request:
             raise BadRequest("a request is a JSON object with one of line, describe, events, log, cancel", request)
@@ -156,6 +159,7 @@ class Client:
             raise Failed("the application does not offer %s requests" % capability, capability)
 
     def _switch(self, kind: str, on: bool) -> None:
+        __tracebackhide__ = True
         self._need(kind)
         reply = self.request({kind: on})
         if not reply.get("ok"):
@@ -163,6 +167,7 @@ class Client:
         self._switches[kind] = on
 
     def _line(self, line: str, timeout: Any = ...) -> Dict[str, Any]:
+        __tracebackhide__ = True
         # Relative file arguments (dump FILE, record FILE) resolve where the caller is.
         cwd = self.cwd or os.getcwd()
         rest = b'"line":%s,"cwd":%s}\n' % (_json_text(line).encode(), _json_text(cwd).encode())
@@ -184,6 +189,7 @@ class Client:
         :class:`~vantix.schema.Command`; a command without a value gives
         None. A failure raises the :class:`~vantix.Error` of its class.
         """
+        __tracebackhide__ = True
         if args:
             line = words.join([line] + [format_value(a) for a in args])
         reply = self._line(line, timeout)
@@ -193,6 +199,7 @@ class Client:
 
     def text(self, line: str, timeout: Any = ...) -> str:
         """Runs one console line and returns its answer as a person reads it."""
+        __tracebackhide__ = True
         return str(self._line(line, timeout).get("text", ""))
 
     def _is_flag(self, type_name: str) -> Optional[bool]:
@@ -210,6 +217,7 @@ class Client:
 
     def get(self, target: str, prop: str) -> Any:
         """The typed value of ``target``'s property ``prop``."""
+        __tracebackhide__ = True
         return self.run(words.join(("get", target, prop)))
 
     def set(self, target: str, prop: str, value: Any) -> Any:
@@ -222,6 +230,7 @@ class Client:
         not the one written (unless the write's effect is indirect, which the
         answer says).
         """
+        __tracebackhide__ = True
         reply = self._line(words.join(("set", target, prop, format_value(value))))
         now = self.get(target, prop)
         text = str(reply.get("text", ""))
@@ -234,12 +243,14 @@ class Client:
 
     def call(self, target: str, method: str, *args: Any) -> Any:
         """Calls a method and returns its typed return value (None for void)."""
+        __tracebackhide__ = True
         return self.run(words.join(["call", target, method] + [format_value(a) for a in args]))
 
     def debug(self, command: str, *args: Any) -> Any:
         """Runs a debug controller command: ``debug("setbatteryfuel", 1, 40)``
         sends ``setbatteryfuel,1,40``. The arguments go unquoted, so none
         may hold a comma or a line break."""
+        __tracebackhide__ = True
         parts = [command] + [format_value(a) for a in args]
         for part in parts:
             if "," in part or "\n" in part or "\r" in part:
@@ -248,6 +259,7 @@ class Client:
 
     def describe(self) -> Schema:
         """Everything the application offers now, as a :class:`~vantix.schema.Schema`."""
+        __tracebackhide__ = True
         self._need("describe")
         reply = self.request({"describe": True})
         if not reply.get("ok"):
@@ -258,11 +270,13 @@ class Client:
 
     def help(self, command: Optional[str] = None) -> List[Any]:
         """The console commands (or one) as :class:`~vantix.schema.Command` objects."""
+        __tracebackhide__ = True
         return self.run("help" if command is None else words.join(("help", command)))
 
     def cancel(self) -> None:
         """Stops the line that runs and drops the waiting ones; their callers
         get :class:`~vantix.Failed` ``cancelled``."""
+        __tracebackhide__ = True
         self._need("cancel")
         reply = self.request({"cancel": True})
         if not reply.get("ok"):
@@ -271,15 +285,18 @@ class Client:
     def snapshot(self, name: str) -> None:
         """Saves the state of the simulated hardware under ``name``
         (``snapshot save NAME``)."""
+        __tracebackhide__ = True
         self.run(words.join(("snapshot", "save", name)))
 
     def restore(self, name: str) -> None:
         """Brings back a state saved with :meth:`snapshot` (``snapshot restore NAME``)."""
+        __tracebackhide__ = True
         self.run(words.join(("snapshot", "restore", name)))
 
     def reset(self) -> None:
         """Brings the simulated hardware back to its state at start (``reset``),
         and starts :meth:`expect_event`'s search afresh."""
+        __tracebackhide__ = True
         self.run("reset")
         self.mark()
 
@@ -293,6 +310,7 @@ class Client:
         with :class:`~vantix.ScriptError`, whose message reads
         ``source:line: text: KO: message``.
         """
+        __tracebackhide__ = True
         if isinstance(script, os.PathLike) or ("\n" not in script and os.path.isfile(script)):
             path = Path(script)
             text = path.read_text(encoding="utf-8")
@@ -370,6 +388,7 @@ class Client:
         instead. A lost connection raises :class:`Disconnected`. Close the
         stream (or use it in a ``with``) when done.
         """
+        __tracebackhide__ = True
         self._ensure("events")
         stream = EventStream(self._conn, "event", self._event_filter(object, signal, args), timeout)
         self._conn.subscribe(stream, events=True)
@@ -385,6 +404,7 @@ class Client:
         """The application's log entries from now on, of ``type`` (``debug``,
         ``warning``, ...) and ``category``, whose message holds ``contains``;
         an iterator as :meth:`events` gives."""
+        __tracebackhide__ = True
         self._ensure("log")
 
         def accept(entry: LogEntry) -> bool:
@@ -440,6 +460,7 @@ class Client:
         Raises :class:`~vantix.ExpectationFailed` (an ``AssertionError``)
         that lists the events seen meanwhile.
         """
+        __tracebackhide__ = True
         self._ensure("events")
         accept = self._event_filter(object, signal, args) or (lambda e: True)
         seen = []  # type: List[Event]
@@ -481,6 +502,7 @@ class Client:
         Raises :class:`~vantix.ExpectationFailed` with the application's
         message and the events seen meanwhile.
         """
+        __tracebackhide__ = True
         presence = prop in ("present", "absent") and op is None
         if presence:
             parts = ["expect", target, prop]

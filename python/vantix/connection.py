@@ -112,6 +112,7 @@ class Stream:
         return bool(self._items)
 
     def _wait(self, wait: Optional[float]) -> Any:
+        __tracebackhide__ = True
         deadline = None if wait is None else time.monotonic() + wait
         self._connection.wait_for(self._has_item, deadline)
         try:
@@ -125,6 +126,7 @@ class Stream:
 
     def next(self, timeout: Any = ...) -> Any:
         """The next item, waiting at most ``timeout`` seconds (default: the stream's)."""
+        __tracebackhide__ = True
         try:
             item = self._items.popleft()
         except IndexError:
@@ -137,6 +139,7 @@ class Stream:
         return self
 
     def __next__(self) -> Any:
+        __tracebackhide__ = True
         try:
             item = self._items.popleft()
         except IndexError:
@@ -267,6 +270,7 @@ class Connection:
     def send(self, rest: bytes, request: Any, timeout: Optional[float]) -> Dict[str, Any]:
         """Sends ``{"id":N,`` + ``rest`` (the request's other keys, its closing
         brace and newline) and returns the answer."""
+        __tracebackhide__ = True
         waiter = _Waiter()
         with self._mu:
             if self._closed:

@@ -10,9 +10,9 @@
   line.
 
 Which application, in this order: a ``@pytest.mark.vantix_app(...)``
-marker, ``--vantix-app "./build/myapp --flag"`` (or the ini option
-``vantix_app``), ``--vantix-platform NAME`` (``vantix-sim --platform
-NAME``; ini ``vantix_platform``). ``--vantix-speed X`` runs it under
+marker, ``--vantix-app "./build/myapp --flag"``, ``--vantix-platform
+NAME`` (``vantix-sim --platform NAME``), the ini options ``vantix_app`` and
+``vantix_platform``. ``--vantix-speed X`` runs it under
 libfaketime, X times as fast. ``--vantix-scope module`` keeps one
 application per module and resets it (``reset``) between tests; an
 application without ``reset`` is started afresh instead.
@@ -107,12 +107,18 @@ def _option(config: Any, name: str) -> Tuple[Optional[str], Optional[Path]]:
     """An option's value and the folder a relative path in it is relative to."""
     value = config.getoption(name)
     if value is not None:
-        return str(value), Path(config.invocation_params.dir)
+        return str(value), _base(config, True)
     value = config.getini(name)
     if value:
-        base = Path(config.inipath).parent if getattr(config, "inipath", None) else Path(config.rootpath)
-        return str(value), base
+        return str(value), _base(config, False)
     return None, None
+
+
+def _base(config: Any, from_command_line: bool) -> Path:
+    """What a relative path in an option is relative to: where pytest runs, or the ini file."""
+    if from_command_line:
+        return Path(config.invocation_params.dir)
+    return Path(config.inipath).parent if getattr(config, "inipath", None) else Path(config.rootpath)
 
 
 def _absolute(argv: List[str], base: Optional[Path]) -> List[str]:
@@ -149,13 +155,14 @@ def spec_for(item: Any) -> Spec:
     elif kwargs.get("platform"):
         argv = _sim_command(config, kwargs["platform"])
     else:
-        value, base = _option(config, "vantix_app")
-        if value:
-            argv = _absolute(shlex.split(value), base)
-        else:
-            platform, _ = _option(config, "vantix_platform")
-            if platform:
-                argv = _sim_command(config, platform)
+        # The command line first, then the ini file; an application before a platform.
+        app, platform = config.getoption("vantix_app"), config.getoption("vantix_platform")
+        if not app and not platform:
+            app, platform = config.getini("vantix_app"), config.getini("vantix_platform")
+        if app:
+            argv = _absolute(shlex.split(app), _base(config, app == config.getoption("vantix_app")))
+        elif platform:
+            argv = _sim_command(config, platform)
     if not argv:
         raise pytest.UsageError(
             "no application to start: give --vantix-app COMMAND, the ini option vantix_app, "
