@@ -190,7 +190,7 @@ class Connection:
         self._closed = False
         self._why = ""
         self._last_word = ""
-        # None, "bg" (the reader thread) or the _Sleeper of the thread that reads.
+        # Who reads: None (no one), "bg" (the reader thread) or _READING (a waiting caller).
         self._leader = None  # type: Any
         self._sleepers = []  # type: List[_Sleeper]
         self._bg_woken = False
@@ -253,9 +253,8 @@ class Connection:
             pending, self._pending = self._pending, {}
             streams = [ref() for ref in self._event_streams + self._log_streams]
             self._event_streams, self._log_streams = [], []
-            error = self.disconnected(None)
             for waiter in pending.values():
-                waiter.error = error
+                waiter.error = self.disconnected(None)
             for stream in streams:
                 if stream is not None:
                     stream._end()
