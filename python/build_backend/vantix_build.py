@@ -58,13 +58,10 @@ def _metadata() -> str:
 
 
 def _dist_info_files(wheel: bool = True) -> Dict[str, str]:
-    files = {
-        "METADATA": _metadata(),
-        "entry_points.txt": ENTRY_POINTS,
-        "top_level.txt": NAME + "\n",
-    }
+    files = {"METADATA": _metadata(), "entry_points.txt": ENTRY_POINTS}
     if wheel:
         files["WHEEL"] = "Wheel-Version: 1.0\nGenerator: vantix_build\nRoot-Is-Purelib: true\nTag: %s\n" % TAG
+        files["top_level.txt"] = NAME + "\n"
     return files
 
 
