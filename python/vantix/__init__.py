@@ -36,7 +36,8 @@ from .words import join, quote, split
 
 __version__ = "0.2.0"
 
-#: The running applications, as ``vantix-ctl list`` shows them.
+#: The running applications, as ``vantix-ctl list`` shows them. Left out of
+#: ``__all__``: a star import would hide the builtin.
 list = list_applications
 
 __all__ = [
@@ -63,7 +64,6 @@ __all__ = [
     "connect",
     "join",
     "launch",
-    "list",
     "list_applications",
     "quote",
     "socket_folder",

@@ -22,7 +22,7 @@ from .values import flags_of, format_value, from_reply, same_value
 __all__ = ["Client", "PROTOCOL", "EventStream", "LogStream", "GREETING_TIMEOUT", "MAX_LINE_BYTES"]
 
 # Events and log entries kept for expect_event() and for reports.
-DEFAULT_HISTORY = 100000
+DEFAULT_HISTORY = 10000
 # JSON string literals, from the C encoder json.dumps uses.
 _json_text = json.encoder.encode_basestring_ascii  # type: ignore[attr-defined]
 
