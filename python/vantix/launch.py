@@ -180,7 +180,8 @@ def launch(
     (``XDG_RUNTIME_DIR``) and its unit's files (``QBCOMMON_ROOT``), so that
     applications started in parallel never meet. ``speed`` runs it under
     libfaketime that many times as fast. Its standard input is a pipe that
-    stays open (``vantix-sim`` ends when its input does). ``timeout`` is the
+    stays open (``vantix-sim`` ends when its input does); it stays in the
+    caller's process group, so that Ctrl-C ends it with the caller. ``timeout`` is the
     client's request timeout. Raises :class:`~vantix.ConnectError` with the
     application's output when it ends or does not greet in time.
     """
@@ -211,7 +212,6 @@ def launch(
             stderr=subprocess.STDOUT,
             env=environment,
             cwd=cwd,
-            start_new_session=True,
         )
     except OSError as e:
         output.close()
