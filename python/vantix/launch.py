@@ -53,11 +53,16 @@ def faketime_environment(speed: float, environ: Optional[Mapping[str, str]] = No
             'accelerated time needs libfaketime: %s is missing; install the Debian package "faketime" '
             "(or point VANTIX_FAKETIME_LIB at the library)" % library
         )
-    preload = (environ or os.environ).get("LD_PRELOAD", "")
+    environ = environ if environ is not None else os.environ
+    preload = environ.get("LD_PRELOAD", "")
+    # A sanitizer build refuses to start with a library preloaded before its
+    # runtime; other programs ignore the option.
+    asan = environ.get("ASAN_OPTIONS", "")
     return {
         "LD_PRELOAD": library + (" " + preload if preload else ""),
         "FAKETIME": "+0 x%s" % _speed_text(speed),
         "FAKETIME_DONT_FAKE_MONOTONIC": "0",
+        "ASAN_OPTIONS": (asan + ":" if asan else "") + "verify_asan_link_order=0",
     }
 
 
