@@ -4,6 +4,7 @@ applications."""
 import json
 import os
 import threading
+import time
 
 import pytest
 
@@ -182,11 +183,11 @@ def test_cancel_stops_the_running_and_waiting_lines(client):
     threads = [threading.Thread(target=run, args=("wait 5000",))]
     threads[0].start()
     while not client._conn._pending:
-        pass
+        time.sleep(0.001)
     threads.append(threading.Thread(target=run, args=("get battery1 fuelGauge",)))
     threads[1].start()
     while len(client._conn._pending) < 2:
-        pass
+        time.sleep(0.001)
     client.cancel()
     for t in threads:
         t.join(5)

@@ -101,7 +101,11 @@ def test_a_dropped_connection_raises_in_every_waiting_call(example_app):
     for t in threads:
         t.start()
     started.wait()
-    time.sleep(0.2)
+    # Four calls wait: one of them reads, the other three sleep.
+    deadline = time.monotonic() + 10
+    while len(client._conn._sleepers) < 3 and time.monotonic() < deadline:
+        time.sleep(0.01)
+    assert len(client._conn._sleepers) == 3 and len(client._conn._pending) == 1
     example_app.process.kill()
     for t in threads:
         t.join(10)
