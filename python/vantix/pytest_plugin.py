@@ -37,7 +37,7 @@ _SCOPES = ("test", "module")
 _REPORT_LINES = 400
 
 
-class Spec(NamedTuple):
+class AppChoice(NamedTuple):
     """What to start and how."""
 
     command: Tuple[str, ...]
@@ -142,7 +142,7 @@ def _sim_command(config: Any, platform: str) -> List[str]:
     return [sim, "--platform", platform, "--quiet"]
 
 
-def spec_for(item: Any) -> Spec:
+def choice_for(item: Any) -> AppChoice:
     """The application a test starts: marker, then options, then ini."""
     config = item.config
     marker = item.get_closest_marker("vantix_app")
@@ -179,7 +179,7 @@ def spec_for(item: Any) -> Spec:
     if scope not in _SCOPES:
         raise pytest.UsageError("vantix scope is test or module, not %r" % scope)
     env = tuple(sorted((str(k), str(v)) for k, v in (kwargs.get("env") or {}).items()))
-    return Spec(tuple(argv), speed, scope, env)
+    return AppChoice(tuple(argv), speed, scope, env)
 
 
 def _timeout(config: Any, name: str) -> Optional[float]:
@@ -188,12 +188,12 @@ def _timeout(config: Any, name: str) -> Optional[float]:
     return seconds if seconds > 0 else None
 
 
-def _start(config: Any, spec: Spec) -> App:
+def _start(config: Any, choice: AppChoice) -> App:
     start_timeout = float(config.getini("vantix_start_timeout") or 20)
     return launch(
-        list(spec.command),
-        speed=spec.speed,
-        env=dict(spec.env),
+        list(choice.command),
+        speed=choice.speed,
+        env=dict(choice.env),
         start_timeout=start_timeout,
         timeout=_timeout(config, "vantix_timeout"),
     )
@@ -208,7 +208,7 @@ class _ModuleApps:
     """The applications kept for a module, by what they were started as."""
 
     def __init__(self) -> None:
-        self.apps = {}  # type: Dict[Spec, App]
+        self.apps = {}  # type: Dict[AppChoice, App]
 
     def close(self) -> None:
         for app in self.apps.values():
@@ -238,15 +238,15 @@ def _attach(item: Any, app: App) -> None:
 def vantix_app(request: Any) -> Any:
     """A client connected to a freshly started application (see the module's text)."""
     try:
-        spec = spec_for(request.node)
+        choice = choice_for(request.node)
         problem = None
     except pytest.UsageError as e:
         problem = str(e)
     if problem:
         pytest.fail(problem, pytrace=False)
-    if spec.scope == "module":
+    if choice.scope == "module":
         apps = request.getfixturevalue("_vantix_module_apps")
-        app = apps.apps.get(spec)
+        app = apps.apps.get(choice)
         if app is not None:
             try:
                 if not app.running():
@@ -255,15 +255,15 @@ def vantix_app(request: Any) -> Any:
             except Error:
                 # No reset in this application, or it ended: a fresh one is the known state.
                 _finish(app)
-                del apps.apps[spec]
+                del apps.apps[choice]
                 app = None
         if app is None:
-            app = _start(request.config, spec)
-            apps.apps[spec] = app
+            app = _start(request.config, choice)
+            apps.apps[choice] = app
         _attach(request.node, app)
         yield app.client
         return
-    app = _start(request.config, spec)
+    app = _start(request.config, choice)
     _attach(request.node, app)
     try:
         yield app.client
