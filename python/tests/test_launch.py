@@ -35,7 +35,7 @@ def test_a_start_that_fails_says_why(tmp_path):
     assert time.monotonic() - started < 5
 
 
-def test_accelerated_time(monkeypatch):
+def test_accelerated_time(monkeypatch, tmp_path):
     if not os.path.isfile(faketime_library()):
         pytest.skip('libfaketime is not installed (Debian package "faketime")')
     assert faketime_environment(10)["FAKETIME"] == "+0 x10"
@@ -45,8 +45,10 @@ def test_accelerated_time(monkeypatch):
         app.client.run("wait 4000")
         assert time.monotonic() - started < 2.0
     monkeypatch.setenv("VANTIX_FAKETIME_LIB", "/nonexistent/libfaketime.so.1")
+    monkeypatch.setenv("TMPDIR", str(tmp_path))
     with pytest.raises(vantix.Error, match='/nonexistent/libfaketime.so.1 is missing; install the Debian package "faketime"'):
         vantix.launch([need(EXAMPLE_APP, "example-app")], speed=8)
+    assert list(tmp_path.iterdir()) == []
 
 
 def test_snapshot_restore_and_reset(client):

@@ -193,9 +193,12 @@ def launch(
     argv = shlex.split(command) if isinstance(command, str) else list(command)
     if not argv:
         raise ValueError("no command to start")
-    folder = _private_folder()
     environment = dict(os.environ)
     environment.setdefault("QT_QPA_PLATFORM", "offscreen")
+    if speed is not None and speed != 1:
+        # Before the folder is made: a missing library leaves nothing behind.
+        environment.update(faketime_environment(speed, environment))
+    folder = _private_folder()
     environment.update(
         {
             "VANTIX_CONTROL": os.path.join(folder, "control"),
@@ -203,8 +206,6 @@ def launch(
             "QBCOMMON_ROOT": os.path.join(folder, "root"),
         }
     )
-    if speed is not None and speed != 1:
-        environment.update(faketime_environment(speed, environment))
     if env:
         environment.update(env)
     os.mkdir(os.path.join(folder, "root"), 0o700)
