@@ -3,6 +3,7 @@
 #   libvantix0     runtime  the shared libraries (Vantix, QBCom, QBCommon)
 #   libvantix-dev  dev      headers, .so links, CMake package, vantix.pc
 #   vantix-tools   tools    programs, man pages, example scenarios
+#   python3-vantix python   the Python package of python/ for Debian's python3
 #
 # `make package` configures a build with the prefix /usr (so that GNUInstallDirs
 # gives the multiarch library folder and no RPATH is set) and runs cpack there.
@@ -44,6 +45,39 @@ if(VANTIX_DEBIAN_FILES)
     endforeach()
 endif()
 
+# The Python package (python/vantix) for Debian's python3, with its
+# .dist-info so that pytest finds the plugin's entry point. Only a /usr
+# build installs it: elsewhere, pip installs it (python/README.md).
+set(VANTIX_PACKAGE_python python3-vantix)
+set(VANTIX_COMPONENTS runtime dev tools)
+find_package(Python3 3.9 COMPONENTS Interpreter QUIET)
+if(VANTIX_DEBIAN_FILES AND Python3_Interpreter_FOUND)
+    set(backend ${PROJECT_SOURCE_DIR}/python/build_backend/vantix_build.py)
+    set_property(DIRECTORY APPEND PROPERTY CMAKE_CONFIGURE_DEPENDS ${backend}
+        ${PROJECT_SOURCE_DIR}/python/vantix/__init__.py ${PROJECT_SOURCE_DIR}/python/README.md)
+    execute_process(COMMAND ${Python3_EXECUTABLE} ${backend} version
+        OUTPUT_VARIABLE python_version OUTPUT_STRIP_TRAILING_WHITESPACE RESULT_VARIABLE python_result)
+    if(NOT python_result EQUAL 0 OR NOT python_version STREQUAL PROJECT_VERSION)
+        message(FATAL_ERROR "python/vantix/__init__.py says version \"${python_version}\", "
+            "the project is at ${PROJECT_VERSION}: set __version__ there")
+    endif()
+    file(REMOVE_RECURSE ${PROJECT_BINARY_DIR}/python-dist-info)
+    execute_process(COMMAND ${Python3_EXECUTABLE} ${backend} dist-info ${PROJECT_BINARY_DIR}/python-dist-info
+        OUTPUT_VARIABLE dist_info OUTPUT_STRIP_TRAILING_WHITESPACE RESULT_VARIABLE python_result)
+    if(NOT python_result EQUAL 0)
+        message(FATAL_ERROR "python/build_backend/vantix_build.py could not write the .dist-info")
+    endif()
+    # Debian's own folder for modules of every python3 version.
+    set(dist_packages lib/python3/dist-packages)
+    install(DIRECTORY ${PROJECT_SOURCE_DIR}/python/vantix DESTINATION ${dist_packages} COMPONENT python
+        FILES_MATCHING PATTERN "*.py" PATTERN "__pycache__" EXCLUDE)
+    install(DIRECTORY ${PROJECT_BINARY_DIR}/python-dist-info/${dist_info} DESTINATION ${dist_packages}
+        COMPONENT python)
+    install(FILES ${VANTIX_COPYRIGHT} ${PROJECT_BINARY_DIR}/changelog.gz
+        DESTINATION ${CMAKE_INSTALL_DATAROOTDIR}/doc/${VANTIX_PACKAGE_python} COMPONENT python)
+    list(APPEND VANTIX_COMPONENTS python)
+endif()
+
 set(VANTIX_PACKAGE_MAINTAINER "Vantix maintainers <maintainers@users.noreply.c-seed-68119295.example>"
     CACHE STRING "Maintainer field of the Debian packages")
 
@@ -54,7 +88,7 @@ set(CPACK_PACKAGE_VERSION ${PROJECT_VERSION})
 set(CPACK_OUTPUT_FILE_PREFIX ${PROJECT_BINARY_DIR}/packages)
 set(CPACK_STRIP_FILES ON)
 set(CPACK_DEB_COMPONENT_INSTALL ON)
-set(CPACK_COMPONENTS_ALL runtime dev tools)
+set(CPACK_COMPONENTS_ALL ${VANTIX_COMPONENTS})
 set(CPACK_DEBIAN_FILE_NAME DEB-DEFAULT)
 set(CPACK_DEBIAN_PACKAGE_MAINTAINER "${VANTIX_PACKAGE_MAINTAINER}")
 set(CPACK_DEBIAN_PACKAGE_PRIORITY optional)
@@ -109,6 +143,22 @@ API, shows every event it raises and takes commands by hand or from a
 script, with checks for automated tests.
 
 This package holds the programs, their man pages and example scenarios.")
+
+set(CPACK_DEBIAN_PYTHON_PACKAGE_NAME ${VANTIX_PACKAGE_python})
+set(CPACK_DEBIAN_PYTHON_PACKAGE_SECTION python)
+set(CPACK_DEBIAN_PYTHON_PACKAGE_ARCHITECTURE all)
+# It talks to applications over their socket: no library of ours is needed.
+set(CPACK_DEBIAN_PYTHON_PACKAGE_DEPENDS "python3 (>= 3.9)")
+set(CPACK_DEBIAN_PYTHON_PACKAGE_SUGGESTS "python3-pytest, python3-pytest-xdist, faketime, vantix-tools")
+set(CPACK_DEBIAN_PYTHON_PACKAGE_CONTROL_EXTRA
+    ${PROJECT_SOURCE_DIR}/python/debian/postinst ${PROJECT_SOURCE_DIR}/python/debian/prerm)
+set(CPACK_DEBIAN_PYTHON_PACKAGE_CONTROL_STRICT_PERMISSION ON)
+set(CPACK_DEBIAN_PYTHON_DESCRIPTION "Python client of the Vantix control protocol, and a pytest plugin
+Every application that links the desktop stub of Vantix serves its
+simulated hardware on a local socket. This package is a client of it for
+Python 3: typed values and errors, events and log entries with filters and
+timeouts, and a pytest plugin that starts an application for each test in a
+private folder and reports its events, log and output when a test fails.")
 
 # Packages made from a build configured for another prefix would have the
 # wrong library folder and an RPATH: cpack refuses them.

@@ -3,6 +3,8 @@
 # idle cost, memory, control channel) and prints each figure beside its
 # baseline, then compares the figures with the recorded run (bench/recorded.json)
 # and warns about each one worse than its record by more than its noise.
+# Then the Python client's group (bench/python_bench.py): its round trip and
+# events per second beside a bare Python socket's.
 #
 # Usage: scripts/bench.sh [BUILD_DIR] [--record] [Google Benchmark options...]
 #   e.g. scripts/bench.sh build --benchmark_filter=Command
@@ -10,7 +12,9 @@
 #             run leaves the other figures as they were).
 # Environment: VANTIX_BENCH_CYCLES (hot-plug cycles, default 1000000),
 #   VANTIX_BENCH_IDLE_MS (idle window, default 10000), VANTIX_BENCH_EVENTS
-#   (events per burst, default 200000).
+#   (events per burst, default 200000); VANTIX_BENCH_PY_* for the Python
+#   group (bench/python_bench.py), PYTHON (default /usr/bin/python3). A
+#   --benchmark_filter without "Python" in it leaves the Python group out.
 # The raw figures go to BUILD_DIR/bench/vantix_bench.json as well.
 set -eu
 
@@ -19,11 +23,16 @@ build=${1:-build}
 [ $# -gt 0 ] && shift
 
 record=
+python_group=yes
 for arg do
     shift
     if [ "$arg" = --record ]; then
         record=--vantix-bench-record
     else
+        case $arg in
+        --benchmark_filter=*Python*) ;;
+        --benchmark_filter=*) python_group= ;;
+        esac
         set -- "$@" "$arg"
     fi
 done
@@ -53,6 +62,12 @@ start=$(date +%s)
     --benchmark_out="$build/bench/vantix_bench.json" --benchmark_out_format=json \
     --vantix-bench-recorded="$here/bench/recorded.json" $record "$@"
 
+python_status=0
+if [ -n "$python_group" ]; then
+    echo
+    "${PYTHON:-/usr/bin/python3}" "$here/bench/python_bench.py" "$build" || python_status=$?
+fi
+
 # Neither the library nor a plain application of it may pull in QtGui (and with it X11, GL, fonts).
 echo
 for binary in "$build"/libs/libVantix/libVantix.so "$build/apps/vantix-sim/vantix-sim" \
@@ -64,3 +79,7 @@ for binary in "$build"/libs/libVantix/libVantix.so "$build/apps/vantix-sim/vanti
     fi
 done
 echo "bench: finished in $(($(date +%s) - start)) s"
+if [ "$python_status" -ne 0 ]; then
+    echo "bench: the Python group failed (status $python_status)" >&2
+    exit "$python_status"
+fi

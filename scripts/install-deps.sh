@@ -31,6 +31,9 @@ help2man
 groff-base
 man-db
 lintian
+python3-venv
+python3-pytest
+python3-pytest-xdist
 "
 
 missing=""
