@@ -219,7 +219,7 @@ def test_threads_share_a_client_and_each_gets_its_own_answer(client):
     assert not client._conn._pending and client._conn._next_id > 800
 
 
-def test_two_clients_have_sessions_of_their_own(example_app):
+def test_two_clients_have_sessions_of_their_own(example_app, tmp_path):
     first = example_app.client
     with vantix.connect(socket=example_app.socket_path, events=False) as second:
         assert second.pid == first.pid == example_app.pid
@@ -229,6 +229,6 @@ def test_two_clients_have_sessions_of_their_own(example_app):
         assert first.get("battery1", "fuelGauge") == 33
         # The second never asked for events: none came.
         assert second._conn.seq == 0
-        second.run("record %s" % os.devnull)
+        second.run("record %s" % (tmp_path / "second.vsim"))
         with pytest.raises(vantix.Failed, match="nothing is being recorded"):
             first.run("record stop")
