@@ -3,6 +3,7 @@
 // application that links Vantix, it can be driven from outside too.
 
 #include "consoleprinter.h"
+#include "faketime.h"
 #include "linereader.h"
 
 #include <vantix/system.h>
@@ -24,7 +25,9 @@
 #include <QStandardPaths>
 #include <QTextStream>
 
+#include <cerrno>
 #include <cstdio>
+#include <cstring>
 #include <unistd.h>
 
 using namespace TQ_SPAPI;
@@ -40,6 +43,29 @@ bool writeDump(const QJsonObject &state, const QString &path, QString *error)
         return false;
     }
     return true;
+}
+
+// Starts this program again under libfaketime; returns only when it runs so already, or on an error.
+bool runAtSpeed(const QString &text, char *argv[])
+{
+    double speed = 0;
+    QString library;
+    QString error;
+    if (!FakeTime::parseSpeed(text, &speed, &error) || !FakeTime::findLibrary(&library, &error)) {
+        std::fprintf(stderr, "vantix-sim: %s\n", qPrintable(error));
+        return false;
+    }
+    const QProcessEnvironment current = QProcessEnvironment::systemEnvironment();
+    if (FakeTime::isActive(current, library, speed)) {
+        return true;
+    }
+    const QProcessEnvironment accelerated = FakeTime::environment(current, library, speed);
+    for (const QString &name : accelerated.keys()) {
+        qputenv(name.toLocal8Bit().constData(), accelerated.value(name).toLocal8Bit());
+    }
+    ::execv(QFile::encodeName(QCoreApplication::applicationFilePath()).constData(), argv);
+    std::fprintf(stderr, "vantix-sim: cannot start again under libfaketime: %s\n", std::strerror(errno));
+    return false;
 }
 } // namespace
 
@@ -80,9 +106,15 @@ int main(int argc, char *argv[])
         QStringLiteral("Disk mounts and unmounts to fail in a row."), QStringLiteral("count"));
     const QCommandLineOption formattedOption(
         QStringLiteral("disksformatted"), QStringLiteral("Start with every disk formatted."));
+    const QCommandLineOption speedOption(QStringLiteral("speed"),
+        QStringLiteral("Run time <x> times faster (timers, delays, wait, ramp, within), through libfaketime."),
+        QStringLiteral("x"));
     parser.addOptions({platformOption, rootOption, exitOption, scriptOption, quietOption, dumpOption, idOption,
-        failuresOption, formattedOption});
+        failuresOption, formattedOption, speedOption});
     parser.process(app);
+    if (parser.isSet(speedOption) && !runAtSpeed(parser.value(speedOption), argv)) {
+        return 2;
+    }
 
     System::PlatformType platform = System::PT_UNKNOWN;
     if (!PlatformNames::fromName(parser.value(platformOption), &platform)) {
