@@ -45,7 +45,7 @@ struct JUnit
 {
     struct Case
     {
-        QString name, file, line, kind, message, body, out, err, simulated;
+        QString name, classname, file, line, kind, message, body, out, err, simulated;
     };
     QMap<QString, QString> suite;
     QList<Case> cases;
@@ -70,8 +70,8 @@ struct JUnit
                     suite[key] = a.value(key).toString();
                 }
             } else if (xml.name() == QLatin1String("testcase")) {
-                cases.append({a.value("name").toString(), a.value("file").toString(), a.value("line").toString(),
-                    "passed", {}, {}, {}, {}, {}});
+                cases.append({a.value("name").toString(), a.value("classname").toString(), a.value("file").toString(),
+                    a.value("line").toString(), "passed", {}, {}, {}, {}, {}});
                 current = &cases.last();
             } else if (current && xml.name() == QLatin1String("property")) {
                 current->simulated = a.value("value").toString();
@@ -194,7 +194,7 @@ private Q_SLOTS:
             "fail.vsim", "# the level never comes\nsetbatteryfuel,1,50\nexpect battery1 fuelGauge 99 within 100\n");
         scenario("crash.vsim", "setbatteryfuel,1,50\nsetbatteryfuel,1,10\nwait 100\n");
         const QString suite = path("suite");
-        const Run run = vantixTest({"--jobs", "3", "--junit", "report.xml", "--artifacts", "kept", suite, "--",
+        const Run run = vantixTest({"--jobs", "3", "--junit", "report.xml", "--artifacts", "kept", suite + "/", "--",
             VANTIXTEST_APP, "--abort-below", "20"});
         QCOMPARE(run.exitCode, 1);
         const QStringList lines = reportLines(run);
@@ -226,6 +226,7 @@ private Q_SLOTS:
         QCOMPARE(fail->kind, QString("failure"));
         QCOMPARE(fail->message, failure);
         QCOMPARE(fail->file, suite + "/fail.vsim");
+        QCOMPARE(fail->classname, QString("suite"));
         QCOMPARE(fail->line, QString("3"));
         QVERIFY(fail->out.contains("ID_BATTERY_1ST fuelGaugeChanged newValue=50\n"));
         const JUnit::Case *error = junit.find("crash.vsim");

@@ -43,7 +43,7 @@ bool find(const QString &path, QList<Found> *found, QString *error)
         return false;
     }
     std::sort(names.begin(), names.end());
-    const QString group = QFileInfo(QFileInfo(path).absoluteFilePath()).fileName();
+    const QString group = QFileInfo(QDir::cleanPath(info.absoluteFilePath())).fileName();
     for (const QString &name : qAsConst(names)) {
         found->append({QDir::cleanPath(folder.path() + QLatin1Char('/') + name), name, group});
     }
