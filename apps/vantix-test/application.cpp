@@ -101,6 +101,7 @@ void ApplicationProcess::start()
     for (const char *name : {"run", "unit", "tmp", "work"}) {
         if (!folder.mkpath(QLatin1String(name))) {
             m_exited = true;
+            m_failedToStart = true;
             m_exitDescription =
                 QStringLiteral("could not be started: cannot make %1").arg(folder.filePath(QLatin1String(name)));
             QMetaObject::invokeMethod(this, &ApplicationProcess::exited, Qt::QueuedConnection);
@@ -134,6 +135,7 @@ void ApplicationProcess::start()
     connect(m_process, &QProcess::errorOccurred, this, [this](QProcess::ProcessError error) {
         if (error == QProcess::FailedToStart && !m_exited) {
             m_exited = true;
+            m_failedToStart = true;
             m_exitDescription = QStringLiteral("could not be started: %1").arg(m_process->errorString());
             m_socketPoll.stop();
             Q_EMIT exited();

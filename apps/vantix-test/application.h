@@ -45,6 +45,8 @@ public:
     void stop(int graceMs);
 
     bool hasExited() const { return m_exited; }
+    /// It never ran: the program could not be executed.
+    bool failedToStart() const { return m_failedToStart; }
     /// "exited with status 3", "crashed with signal 6 (SIGABRT)", "could not be started: ...".
     QString exitDescription() const { return m_exitDescription; }
     /// Whether the exit came after stop() asked for it.
@@ -79,6 +81,7 @@ private:
     bool m_socketSeen = false;
     bool m_stopping = false;
     bool m_exited = false;
+    bool m_failedToStart = false;
 };
 
 /// "SIGABRT" for 6; the number for a signal without a name.

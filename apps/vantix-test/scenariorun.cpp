@@ -11,6 +11,7 @@
 #include <QDir>
 
 #include <csignal>
+#include <limits>
 
 using namespace VantixControl;
 
@@ -35,6 +36,11 @@ void keep(QStringList &lines, const QString &line)
 QString seconds(double value)
 {
     return QString::number(value, 'g', 6);
+}
+
+int milliseconds(double seconds)
+{
+    return int(qBound(0.0, seconds * 1000, double(std::numeric_limits<int>::max())));
 }
 } // namespace
 
@@ -91,7 +97,7 @@ void ScenarioRun::start()
     connect(m_client, &Client::event, this, [this](const Event &event) { keep(m_outcome.events, event.text()); });
     connect(m_client, &Client::logged, this, [this](const LogEntry &entry) { keep(m_outcome.messages, entry.text()); });
 
-    m_deadline.start(int(m_settings.timeoutSeconds * 1000));
+    m_deadline.start(milliseconds(m_settings.timeoutSeconds));
     m_application->start();
 }
 
@@ -125,7 +131,7 @@ void ScenarioRun::prepare()
 void ScenarioRun::begin()
 {
     m_state = State::Running;
-    m_deadline.start(int(m_settings.timeoutSeconds * 1000));
+    m_deadline.start(milliseconds(m_settings.timeoutSeconds));
     m_runner = new ScriptRunner(
         [this](const QString &line, const std::function<void(const Reply &)> &done) { m_client->execute(line, done); },
         this);
@@ -285,8 +291,11 @@ void ScenarioRun::applicationExited()
     const QString exit = m_application->exitDescription();
     switch (m_state) {
     case State::Starting:
+        error(m_application->failedToStart() ? QStringLiteral("the application %1").arg(exit)
+                                             : QStringLiteral("the application %1 before it greeted").arg(exit));
+        break;
     case State::Preparing:
-        error(QStringLiteral("the application %1 before it greeted").arg(exit));
+        error(QStringLiteral("the application %1 before the scenario started").arg(exit));
         break;
     case State::Running:
         m_outcome.seconds = m_scenarioClock.elapsed() / 1000.0;
