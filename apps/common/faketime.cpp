@@ -1,8 +1,13 @@
 #include "faketime.h"
 
+#include <QCoreApplication>
+#include <QFile>
 #include <QFileInfo>
 
+#include <cerrno>
 #include <cmath>
+#include <cstring>
+#include <unistd.h>
 
 namespace FakeTime {
 
@@ -77,6 +82,27 @@ bool isActive(const QProcessEnvironment &environment, const QString &library, do
 {
     return environment.value(QStringLiteral("FAKETIME")) == spec(speed) &&
         environment.value(Preload).split(QLatin1Char(':')).contains(library);
+}
+
+bool restartAtSpeed(const QString &speedText, char *argv[], QString *error)
+{
+    double speed = 0;
+    QString library;
+    if (!parseSpeed(speedText, &speed, error) || !findLibrary(&library, error)) {
+        return false;
+    }
+    const QProcessEnvironment current = QProcessEnvironment::systemEnvironment();
+    if (isActive(current, library, speed)) {
+        return true;
+    }
+    const QProcessEnvironment accelerated = environment(current, library, speed);
+    for (const QString &name : accelerated.keys()) {
+        qputenv(name.toLocal8Bit().constData(), accelerated.value(name).toLocal8Bit());
+    }
+    ::execv(QFile::encodeName(QCoreApplication::applicationFilePath()).constData(), argv);
+    *error =
+        QStringLiteral("cannot start again under libfaketime: %1").arg(QString::fromLocal8Bit(std::strerror(errno)));
+    return false;
 }
 
 } // namespace FakeTime

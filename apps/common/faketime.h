@@ -28,6 +28,14 @@ QProcessEnvironment environment(const QProcessEnvironment &base, const QString &
 /// Whether @p environment already runs at @p speed with @p library (a process re-executed by environment()).
 bool isActive(const QProcessEnvironment &environment, const QString &library, double speed);
 
+/**
+ * Executes this program again with @p argv under libfaketime at the speed
+ * @p speedText. Returns true only when it already runs so; false with a
+ * message when the speed or the library is wrong or the program could not
+ * be executed.
+ */
+bool restartAtSpeed(const QString &speedText, char *argv[], QString *error);
+
 } // namespace FakeTime
 
 #endif

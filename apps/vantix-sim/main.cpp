@@ -25,9 +25,7 @@
 #include <QStandardPaths>
 #include <QTextStream>
 
-#include <cerrno>
 #include <cstdio>
-#include <cstring>
 #include <unistd.h>
 
 using namespace TQ_SPAPI;
@@ -45,28 +43,6 @@ bool writeDump(const QJsonObject &state, const QString &path, QString *error)
     return true;
 }
 
-// Starts this program again under libfaketime; returns only when it runs so already, or on an error.
-bool runAtSpeed(const QString &text, char *argv[])
-{
-    double speed = 0;
-    QString library;
-    QString error;
-    if (!FakeTime::parseSpeed(text, &speed, &error) || !FakeTime::findLibrary(&library, &error)) {
-        std::fprintf(stderr, "vantix-sim: %s\n", qPrintable(error));
-        return false;
-    }
-    const QProcessEnvironment current = QProcessEnvironment::systemEnvironment();
-    if (FakeTime::isActive(current, library, speed)) {
-        return true;
-    }
-    const QProcessEnvironment accelerated = FakeTime::environment(current, library, speed);
-    for (const QString &name : accelerated.keys()) {
-        qputenv(name.toLocal8Bit().constData(), accelerated.value(name).toLocal8Bit());
-    }
-    ::execv(QFile::encodeName(QCoreApplication::applicationFilePath()).constData(), argv);
-    std::fprintf(stderr, "vantix-sim: cannot start again under libfaketime: %s\n", std::strerror(errno));
-    return false;
-}
 } // namespace
 
 int main(int argc, char *argv[])
@@ -112,7 +88,9 @@ int main(int argc, char *argv[])
     parser.addOptions({platformOption, rootOption, exitOption, scriptOption, quietOption, dumpOption, idOption,
         failuresOption, formattedOption, speedOption});
     parser.process(app);
-    if (parser.isSet(speedOption) && !runAtSpeed(parser.value(speedOption), argv)) {
+    QString speedError;
+    if (parser.isSet(speedOption) && !FakeTime::restartAtSpeed(parser.value(speedOption), argv, &speedError)) {
+        std::fprintf(stderr, "vantix-sim: %s\n", qPrintable(speedError));
         return 2;
     }
 
