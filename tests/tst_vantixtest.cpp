@@ -498,8 +498,17 @@ private Q_SLOTS:
         QCOMPARE(QDir(work()).entryList(QDir::AllEntries | QDir::NoDotAndDotDot), QStringList());
     }
 
-    void ctrlCStopsEverything()
+    void interruptStopsEverything_data()
     {
+        QTest::addColumn<int>("signal");
+        QTest::newRow("Ctrl+C") << int(SIGINT);
+        // A CI job that is cancelled.
+        QTest::newRow("SIGTERM") << int(SIGTERM);
+    }
+
+    void interruptStopsEverything()
+    {
+        QFETCH(int, signal);
         for (const char *name : {"a", "b", "c", "d"}) {
             scenario(QString(name) + ".vsim", "wait 60000\n");
         }
@@ -512,7 +521,7 @@ private Q_SLOTS:
         QTRY_COMPARE_WITH_TIMEOUT(applications().size(), 2, 20000);
         // Their clocks run: the scenarios are about to start, or have.
         QTRY_VERIFY_WITH_TIMEOUT(filesUnder(tmp()).filter("run/clock.vsim").size() == 2, 20000);
-        ::kill(pid_t(process.processId()), SIGINT);
+        ::kill(pid_t(process.processId()), signal);
         QTRY_COMPARE_WITH_TIMEOUT(process.state(), QProcess::NotRunning, 20000);
         QCOMPARE(process.exitStatus(), QProcess::NormalExit);
         QCOMPARE(process.exitCode(), 130);

@@ -15,6 +15,7 @@
 #include <QDir>
 #include <QFileInfo>
 
+#include <csignal>
 #include <cstdio>
 #include <unistd.h>
 
@@ -85,7 +86,10 @@ int main(int argc, char *argv[])
     if (!runner.prepare(&error)) {
         return badInput(error);
     }
+    // A CI job that is cancelled, or a closed terminal, stops the applications as Ctrl+C does.
     InterruptNotifier interrupt;
+    interrupt.alsoOn(SIGTERM);
+    interrupt.alsoOn(SIGHUP);
     QObject::connect(&interrupt, &InterruptNotifier::interrupted, &runner, &SuiteRunner::interrupt);
     QObject::connect(&runner, &SuiteRunner::finished, &app, &QCoreApplication::exit, Qt::QueuedConnection);
     runner.start();
