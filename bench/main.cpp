@@ -80,7 +80,7 @@ double counter(const Result *r, const char *name)
 
 // --- Table ------------------------------------------------------------------
 
-enum class Unit { Time, KiB, Count, Bytes, Rate };
+enum class Unit { Time, KiB, Count, Bytes, Rate, Factor };
 
 std::string format(double value, Unit unit)
 {
@@ -111,6 +111,9 @@ std::string format(double value, Unit unit)
         break;
     case Unit::Rate:
         std::snprintf(text, sizeof text, "%.0f k/s", value / 1e3);
+        break;
+    case Unit::Factor:
+        std::snprintf(text, sizeof text, "%.1fx", value);
         break;
     }
     return text;
@@ -173,6 +176,8 @@ const char *unitName(Unit unit)
         return "B";
     case Unit::Rate:
         return "1/s";
+    case Unit::Factor:
+        return "x";
     }
     return "";
 }
@@ -454,6 +459,32 @@ void buildControl()
     }
 }
 
+void buildRunner()
+{
+    section("runner", 0.5,
+        "vantix-test: a scenario against a fresh vantix-sim (start, greeting, scenario, stop), wall time;\n"
+        "baseline: the application's own start to its greeting, a new unit each time, medians");
+    if (const Result *m = result("Runner/overhead")) {
+        const double perScenario = counter(m, "per_scenario_s");
+        const double greeting = counter(m, "greeting_s");
+        add({"per empty scenario, --jobs 1 (" + format(counter(m, "scenarios"), Unit::Count) + " in a suite)",
+            perScenario, greeting, Unit::Time, signedFormat(perScenario - greeting, Unit::Time), "< 1.3x",
+            perScenario < 1.3 * greeting});
+    }
+    if (const Result *m = result("Runner/accelerated-suite")) {
+        const double wall = counter(m, "wall_s");
+        const double scenarios = counter(m, "scenarios");
+        char rate[64];
+        std::snprintf(rate, sizeof rate, "%.1f scenarios/s", scenarios / wall);
+        add({format(scenarios, Unit::Count) + " scenarios of 10 s simulated, --jobs 4 --speed 100", wall, NAN,
+            Unit::Time, rate, "< 20 s", wall < 20});
+        char lowest[64];
+        std::snprintf(lowest, sizeof lowest, "lowest %.1fx", counter(m, "ratio_lowest"));
+        add({"simulated over wall time per scenario, --speed 100, median", counter(m, "ratio_median"), NAN,
+            Unit::Factor, lowest, ">= 50x", counter(m, "ratio_median") >= 50, true});
+    }
+}
+
 std::string loadAverage()
 {
     QFile file(QStringLiteral("/proc/loadavg"));
@@ -472,6 +503,7 @@ void printTable(const std::string &loadBefore)
     buildIdle();
     buildMemory();
     buildControl();
+    buildRunner();
 
     std::size_t width = 0;
     for (const Section &s : s_sections) {
@@ -616,6 +648,7 @@ int main(int argc, char *argv[])
     registerHotplugBenchmarks();
     registerIdleBenchmarks();
     registerControlBenchmarks();
+    registerRunnerBenchmarks();
 
     CollectingReporter reporter;
     benchmark::RunSpecifiedBenchmarks(&reporter);

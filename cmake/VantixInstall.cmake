@@ -85,7 +85,7 @@ install(DIRECTORY ${PROJECT_SOURCE_DIR}/examples/scenarios/ DESTINATION ${CMAKE_
 # --version, so that the options on the page are the program's own; the other
 # sections (commands, files, examples) come from man/<program>.h2m. Sanitizer
 # builds skip them: running their programs at build time reports Qt's leaks.
-set(VANTIX_MAN_PAGES vantix-ctl vantix-panel vantix-sim)
+set(VANTIX_MAN_PAGES vantix-ctl vantix-panel vantix-sim vantix-test)
 if(NOT VANTIX_SANITIZE AND NOT VANTIX_FUZZ)
     find_program(HELP2MAN help2man REQUIRED)
     find_program(GZIP gzip REQUIRED)

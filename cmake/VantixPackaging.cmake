@@ -137,10 +137,14 @@ Vantix::Vantix) and the pkg-config file vantix.pc.")
 set(CPACK_DEBIAN_TOOLS_PACKAGE_NAME ${VANTIX_PACKAGE_tools})
 set(CPACK_DEBIAN_TOOLS_PACKAGE_SECTION devel)
 set(CPACK_COMPONENT_TOOLS_DEPENDS runtime)
+# vantix-test --speed and vantix-sim --speed preload libfaketime; everything else runs without it.
+set(CPACK_DEBIAN_TOOLS_PACKAGE_RECOMMENDS "faketime")
 set(CPACK_DEBIAN_TOOLS_DESCRIPTION "simulator of the Tolvex, Quarnel and CAN CPU units' hardware
 vantix-sim runs the simulated hardware of one platform of the Vantix device
 API, shows every event it raises and takes commands by hand or from a
-script, with checks for automated tests.
+script, with checks for automated tests. vantix-test runs a folder of such
+scenarios as a test suite, each against a fresh instance of an application,
+in parallel and in accelerated time, with a JUnit report.
 
 This package holds the programs, their man pages and example scenarios.")
 

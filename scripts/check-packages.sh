@@ -62,6 +62,8 @@ check "the packages and the install differ (< installed only, > packaged only)" 
 
 check "libvantix-dev does not depend on libvantix0 (= $version)" depends libvantix-dev "libvantix0 (= $version)"
 check "vantix-tools does not depend on libvantix0 (= $version)" depends vantix-tools "libvantix0 (= $version)"
+check "vantix-tools does not recommend faketime (vantix-test --speed)" \
+    sh -c "dpkg-deb -f '$(deb vantix-tools)' Recommends | grep -q -w faketime"
 check "libvantix0 lacks its Qt Core dependency" depends libvantix0 libqt5core5a
 check "libvantix0 lacks its Qt Network dependency" depends libvantix0 libqt5network5
 check "libvantix0 has no shlibs file for libVantix.so.0" \

@@ -28,6 +28,7 @@ file
 binutils
 gzip
 help2man
+faketime
 groff-base
 man-db
 lintian

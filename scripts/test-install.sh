@@ -7,7 +7,8 @@
 #   - examples/consumer, copied out of the source tree, builds with
 #     find_package(Vantix) and with pkg-config, sees only the prefix, and runs;
 #   - the installed vantix-sim runs an installed scenario without
-#     LD_LIBRARY_PATH, and every installed program has a man page.
+#     LD_LIBRARY_PATH, so does the installed vantix-test with the vantix-sim
+#     beside it, and every installed program has a man page.
 #
 #   scripts/test-install.sh [BUILD_DIR]   (default build-release)
 set -eu
@@ -141,6 +142,10 @@ check "the installed vantix-sim does not load the prefix's libVantix" \
 check "an installed scenario fails in the installed vantix-sim" \
     timeout 60 "$sim" --platform tolvex-plus --quiet --root "$work/sim-root" \
     --script "$prefix/share/vantix/scenarios/usb-stick-hotplug.vsim"
+# Without a program, vantix-test runs the vantix-sim installed beside it, not one on PATH.
+check "the installed vantix-test does not pass an installed scenario against the vantix-sim beside it" \
+    env PATH=/usr/bin:/bin TMPDIR="$work" timeout 60 "$prefix/bin/vantix-test" --platform tolvex-plus \
+    "$prefix/share/vantix/scenarios/usb-stick-hotplug.vsim"
 for program in "$prefix"/bin/*; do
     name=$(basename "$program")
     page=$prefix/share/man/man1/$name.1.gz

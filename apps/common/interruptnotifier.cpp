@@ -30,16 +30,27 @@ InterruptNotifier::InterruptNotifier(QObject *parent)
             Q_EMIT interrupted();
         }
     });
+    alsoOn(SIGINT);
+}
+
+void InterruptNotifier::alsoOn(int signal)
+{
+    if (!m_notifier) {
+        return;
+    }
     struct sigaction action = {};
     action.sa_handler = onSignal;
     sigemptyset(&action.sa_mask);
     action.sa_flags = SA_RESTART;
-    ::sigaction(SIGINT, &action, nullptr);
+    ::sigaction(signal, &action, nullptr);
+    m_signals.append(signal);
 }
 
 InterruptNotifier::~InterruptNotifier()
 {
-    ::signal(SIGINT, SIG_DFL);
+    for (const int signal : qAsConst(m_signals)) {
+        ::signal(signal, SIG_DFL);
+    }
     delete m_notifier;
     ::close(s_fds[0]);
     ::close(s_fds[1]);

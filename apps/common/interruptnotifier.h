@@ -1,6 +1,7 @@
 #ifndef VANTIXAPPS_INTERRUPTNOTIFIER_H
 #define VANTIXAPPS_INTERRUPTNOTIFIER_H
 
+#include <QList>
 #include <QObject>
 
 class QSocketNotifier;
@@ -14,11 +15,15 @@ public:
     explicit InterruptNotifier(QObject *parent = nullptr);
     ~InterruptNotifier() override;
 
+    /// Treats @p signal (SIGTERM, SIGHUP) as Ctrl+C too.
+    void alsoOn(int signal);
+
 Q_SIGNALS:
     void interrupted();
 
 private:
     QSocketNotifier *m_notifier = nullptr;
+    QList<int> m_signals;
 };
 
 #endif

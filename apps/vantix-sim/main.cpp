@@ -3,6 +3,7 @@
 // application that links Vantix, it can be driven from outside too.
 
 #include "consoleprinter.h"
+#include "faketime.h"
 #include "linereader.h"
 
 #include <vantix/system.h>
@@ -44,6 +45,7 @@ bool writeDump(const QJsonObject &state, const QString &path, QString *error)
     }
     return true;
 }
+
 } // namespace
 
 int main(int argc, char *argv[])
@@ -83,9 +85,17 @@ int main(int argc, char *argv[])
         QStringLiteral("Disk mounts and unmounts to fail in a row."), QStringLiteral("count"));
     const QCommandLineOption formattedOption(
         QStringLiteral("disksformatted"), QStringLiteral("Start with every disk formatted."));
+    const QCommandLineOption speedOption(QStringLiteral("speed"),
+        QStringLiteral("Run time <x> times faster (timers, delays, wait, ramp, within), through libfaketime."),
+        QStringLiteral("x"));
     parser.addOptions({platformOption, rootOption, exitOption, scriptOption, quietOption, dumpOption, idOption,
-        failuresOption, formattedOption});
+        failuresOption, formattedOption, speedOption});
     parser.process(app);
+    QString speedError;
+    if (parser.isSet(speedOption) && !FakeTime::restartAtSpeed(parser.value(speedOption), argv, &speedError)) {
+        std::fprintf(stderr, "vantix-sim: %s\n", qPrintable(speedError));
+        return 2;
+    }
 
     System::PlatformType platform = System::PT_UNKNOWN;
     if (!PlatformNames::fromName(parser.value(platformOption), &platform)) {
