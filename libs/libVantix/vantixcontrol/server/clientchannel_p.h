@@ -1,0 +1,75 @@
+#ifndef VANTIXCONTROL_CLIENTCHANNEL_P_H
+#define VANTIXCONTROL_CLIENTCHANNEL_P_H
+
+#include <vantix/vantix_private_export.h>
+
+#include <QByteArray>
+#include <QObject>
+
+class QSocketNotifier;
+
+namespace VantixControl {
+
+/**
+ * The server's end of one client connection, on a non-blocking descriptor
+ * it owns. It reads one chunk per turn of the event loop, writes what it is
+ * given in order and keeps what the socket cannot take yet, and tells apart
+ * a peer that only ended its input (shutdown(SHUT_WR): it is still answered)
+ * from one that has gone. Unlike QLocalSocket it never closes on its own
+ * because the input ended.
+ */
+class VANTIX_PRIVATE_EXPORT ClientChannel : public QObject
+{
+    Q_OBJECT
+
+public:
+    /// Takes @p descriptor, a connected stream socket.
+    explicit ClientChannel(int descriptor, QObject *parent = nullptr);
+    ~ClientChannel() override;
+
+    int descriptor() const { return m_fd; }
+    /// Queues @p data after what waits; it goes out as the socket takes it.
+    void write(const QByteArray &data);
+    /// What was written and has not gone out to the socket yet.
+    qint64 pendingBytes() const { return m_out.size() - m_sent; }
+    /// Reads nothing more.
+    void stopReading();
+    /// Closes once everything written has gone out; gone() follows.
+    void closeWhenWritten();
+    /// Writes @p last after what waits and closes once it has gone out.
+    void closeAfter(const QByteArray &last);
+    /**
+     * Closes now, keeping of what waits only the rest of the line the socket
+     * has part of and the last line given to closeAfter(), so that the peer
+     * reads whole lines and that last one last, whenever it reads.
+     */
+    void cut();
+
+Q_SIGNALS:
+    /// One chunk of what the peer sent; @p data is valid during the call only.
+    void received(const QByteArray &data);
+    /// The peer ended its input but may still read.
+    void inputEnded();
+    /// The connection is over: the peer went, or it was closed here.
+    void gone();
+
+private:
+    void readChunk();
+    void flush();
+    void finish();
+
+    int m_fd;
+    QSocketNotifier *m_reader;
+    QSocketNotifier *m_writer;
+    QByteArray m_in;
+    QByteArray m_out;
+    int m_sent = 0; // bytes of m_out already handed to the socket
+    QByteArray m_last;
+    int m_lastAt = -1; // where m_last begins in m_out
+    bool m_closing = false;
+    bool m_over = false;
+};
+
+} // namespace VantixControl
+
+#endif
