@@ -830,6 +830,59 @@ private Q_SLOTS:
         QCOMPARE(disordered, 0);
     }
 
+    void pidGoesStraightToItsSocket()
+    {
+        const QString socket = startApp();
+        // A socket of another running application that counts who knocks and never greets.
+        QLocalServer other;
+        QVERIFY(
+            other.listen(QDir(socketFolder()).filePath(QString("other-%1").arg(QCoreApplication::applicationPid()))));
+        int knocks = 0;
+        connect(&other, &QLocalServer::newConnection, &other, [&] {
+            while (QLocalSocket *peer = other.nextPendingConnection()) {
+                ++knocks;
+                peer->setParent(&other);
+            }
+        });
+        const QString pid = QString::number(m_apps.last()->processId());
+        QCOMPARE(ctl({"--pid", pid, "get", "battery1", "fuelGauge"}).out, QString("OK 100\n"));
+        QCOMPARE(knocks, 0);
+        QCOMPARE(ctl({"--app", "example-app", "get", "battery1", "fuelGauge"}).out, QString("OK 100\n"));
+        QCOMPARE(knocks, 0);
+        // A pid with no socket is told with what runs.
+        const Run missing = ctl({"--pid", "1", "get", "system", "platform"});
+        QCOMPARE(missing.exitCode, 2);
+        QVERIFY2(missing.err.contains("no running application matches") && missing.err.contains(socket),
+            qPrintable(missing.err));
+        // list asks every socket.
+        QVERIFY(ctl({"list"}).out.contains(socket));
+        QVERIFY(knocks >= 1);
+    }
+
+    void clientsTrustNoOtherUsersServer()
+    {
+        if (::geteuid() != 0 || QStandardPaths::findExecutable("setpriv").isEmpty() ||
+            QStandardPaths::findExecutable("socat").isEmpty()) {
+            QSKIP("needs root, setpriv and socat to serve a socket as another user");
+        }
+        QTemporaryDir shared("/tmp/vantix-control-XXXXXX");
+        ::chmod(QFile::encodeName(shared.path()).constData(), 0777);
+        const QString path = shared.path() + "/app.sock";
+        const QString received = shared.path() + "/received";
+        // Another user's listener in the socket's place, greeting as an application would.
+        const QString greet =
+            "echo '{\"vantix\":{\"protocol\":1,\"pid\":1,\"application\":\"impostor\"}}'; cat > " + received;
+        QVERIFY(launch("setpriv",
+            {"--reuid=nobody", "--regid=nogroup", "--clear-groups", "socat", "UNIX-LISTEN:" + path + ",fork",
+                "SYSTEM:" + greet},
+            {}));
+        QTRY_VERIFY_WITH_TIMEOUT(QFileInfo::exists(path), 10000);
+        const Run run = ctl({"--socket", path, "setbatteryfuel,1,5"});
+        QCOMPARE(run.exitCode, 2);
+        QVERIFY2(run.err.contains(QString("uid %1").arg(QFileInfo(path).ownerId())), qPrintable(run.err));
+        QVERIFY(!readFile(received).contains("setbatteryfuel"));
+    }
+
 private:
     QString socketFolder() const
     {
