@@ -534,6 +534,9 @@ private Q_SLOTS:
                                        << ""
                                        << "Control server off: VANTIX_CONTROL must be \"off\" or an absolute path"
                                        << false;
+        QTest::newRow("path too long") << "LONG"
+                                       << ""
+                                       << "bytes long; a socket address holds at most 107" << false;
         QTest::newRow("folder open to others") << ""
                                                << "0755"
                                                << "has mode 0755, not 0700" << false;
@@ -560,6 +563,8 @@ private Q_SLOTS:
         const QString explicitPath = QDir(m_root->path()).filePath("app.sock");
         if (control == "PATH") {
             control = explicitPath;
+        } else if (control == "LONG") {
+            control = QDir(m_root->path()).filePath(QString(110, 'x'));
         }
         startApp({}, {{"VANTIX_CONTROL", control}}, false);
         QTRY_VERIFY(m_output.contains("example-app: ready"));

@@ -1,6 +1,7 @@
 // The control server in-process: what each connection costs the
 // application, and what its sessions share and keep apart.
 
+#include "socketlistener_p.h"
 #include "testroot.h"
 #include "testsystem.h"
 
@@ -200,6 +201,30 @@ private Q_SLOTS:
         QCOMPARE(run(second, "expect battery1 emitted fuelGaugeChanged"), QString("OK"));
         QCOMPARE(run(first, "expect battery1 emitted fuelGaugeChanged"), QString("OK"));
         QVERIFY(run(first, "expect battery1 emitted fuelGaugeChanged").startsWith("KO: "));
+    }
+
+    void theSocketFolderIsUsedAsOpened()
+    {
+        QTemporaryDir runtime;
+        const QString path = runtime.filePath("vantix");
+        SocketDirectory::Folder folder;
+        QString error;
+        QVERIFY2(folder.open(path, SocketDirectory::Folder::Mode::Create, &error), qPrintable(error));
+        // Someone moves the checked folder away and puts one of theirs in its place: the socket still
+        // goes where the checks looked.
+        QVERIFY(QDir().rename(path, runtime.filePath("moved")));
+        QVERIFY(QDir().mkdir(path));
+        SocketListener listener;
+        QVERIFY2(listener.listen(&folder, "app-1", &error), qPrintable(error));
+        QVERIFY(QFileInfo(runtime.filePath("moved/app-1")).exists());
+        QVERIFY(!QFileInfo(path + "/app-1").exists());
+        QCOMPARE(folder.sockets(), QStringList{path + "/app-1"});
+        // The checks look at what is opened: a link in the folder's place is refused by what it is.
+        QVERIFY(QDir(path).removeRecursively());
+        QVERIFY(QFile::link(runtime.filePath("moved"), path));
+        SocketDirectory::Folder linked;
+        QVERIFY(!linked.open(path, SocketDirectory::Folder::Mode::Create, &error));
+        QCOMPARE(error, path + " is a symbolic link");
     }
 
 private:
