@@ -191,11 +191,15 @@ ControlConnection::ParsedLine ControlConnection::parseLine(const QByteArray &raw
 
 void ControlConnection::handleLine(const QByteArray &line)
 {
-    const ParsedLine parsed = parseLine(line);
+    handleParsed(parseLine(line), line.size());
+}
+
+void ControlConnection::handleParsed(const ParsedLine &parsed, int lineBytes)
+{
     if (parsed.kind == ParsedLine::Refused) {
         refuse(parsed.id, parsed.error);
     } else if (parsed.kind == ParsedLine::Request) {
-        handleRequest(parsed.request, parsed.id, line.size());
+        handleRequest(parsed.request, parsed.id, lineBytes);
     }
 }
 

@@ -66,6 +66,8 @@ public:
 
     /// Handles one request line (without its newline); public for the fuzz target.
     void handleLine(const QByteArray &line);
+    /// Handles a line of @p lineBytes bytes as parseLine() read it; the fuzz target reads each line once.
+    void handleParsed(const ParsedLine &parsed, int lineBytes);
     /// Everything written so far and not yet sent.
     qint64 pendingBytes() const;
 

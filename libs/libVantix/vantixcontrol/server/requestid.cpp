@@ -3,6 +3,8 @@
 #include <QJsonArray>
 #include <QJsonDocument>
 
+#include <cstring>
+
 namespace VantixControl {
 
 namespace {
@@ -17,75 +19,86 @@ bool isEnd(char c)
     return c == ',' || c == '}' || c == ']';
 }
 
+// Reads a line as far as needed, through raw pointers: every answer of the fuzz target passes here.
 class Scanner
 {
 public:
     explicit Scanner(const QByteArray &text)
-        : m_text(text)
+        : m_begin(text.constData())
+        , m_end(text.constData() + text.size())
     {
     }
 
-    int skipBlanks(int at) const
+    const char *begin() const { return m_begin; }
+    const char *end() const { return m_end; }
+
+    const char *skipBlanks(const char *at) const
     {
-        while (at < m_text.size() && isBlank(m_text.at(at))) {
+        while (at < m_end && isBlank(*at)) {
             ++at;
         }
         return at;
     }
 
-    // Past the string that starts at @p at (its opening quote); -1 when it does not end.
-    int skipString(int at) const
+    // Past the string that starts at @p at (its opening quote); null when it does not end.
+    const char *skipString(const char *at) const
     {
-        for (++at; at < m_text.size(); ++at) {
-            if (m_text.at(at) == '\\') {
-                ++at;
-            } else if (m_text.at(at) == '"') {
-                return at + 1;
+        for (++at; at < m_end;) {
+            const char *quote = static_cast<const char *>(std::memchr(at, '"', size_t(m_end - at)));
+            if (!quote) {
+                return nullptr;
             }
+            // A quote after an odd number of backslashes is part of the text.
+            const char *slash = quote;
+            while (slash > at && slash[-1] == '\\') {
+                --slash;
+            }
+            if ((quote - slash) % 2 == 0) {
+                return quote + 1;
+            }
+            at = quote + 1;
         }
-        return -1;
+        return nullptr;
     }
 
-    // Past the value that starts at @p at; -1 when it does not end.
-    int skipValue(int at) const
+    // Past the value that starts at @p at; null when it does not end.
+    const char *skipValue(const char *at) const
     {
-        if (at >= m_text.size()) {
-            return -1;
+        if (at >= m_end) {
+            return nullptr;
         }
-        const char first = m_text.at(at);
-        if (first == '"') {
+        if (*at == '"') {
             return skipString(at);
         }
-        if (first != '{' && first != '[') {
-            while (at < m_text.size() && !isBlank(m_text.at(at)) && !isEnd(m_text.at(at))) {
+        if (*at != '{' && *at != '[') {
+            while (at < m_end && !isBlank(*at) && !isEnd(*at)) {
                 ++at;
             }
             return at;
         }
         int depth = 0;
-        while (at < m_text.size()) {
-            const char c = m_text.at(at);
-            if (c == '"') {
+        while (at < m_end) {
+            if (*at == '"') {
                 at = skipString(at);
-                if (at < 0) {
-                    return -1;
+                if (!at) {
+                    return nullptr;
                 }
                 continue;
             }
-            if (c == '{' || c == '[') {
+            if (*at == '{' || *at == '[') {
                 ++depth;
-            } else if ((c == '}' || c == ']') && --depth == 0) {
+            } else if ((*at == '}' || *at == ']') && --depth == 0) {
                 return at + 1;
             }
             ++at;
         }
-        return -1;
+        return nullptr;
     }
 
-    // Whether the key string at [begin, end) (quotes included) reads "id".
-    bool isIdKey(int begin, int end) const
+    // Whether the key string at [from, to) (quotes included) reads "id".
+    static bool isIdKey(const char *from, const char *to)
     {
-        const QByteArray key = m_text.mid(begin, end - begin);
+        const QByteArray key = QByteArray::fromRawData(from, int(to - from));
         if (!key.contains('\\')) {
             return key == "\"id\"";
         }
@@ -95,44 +108,45 @@ public:
     }
 
 private:
-    const QByteArray &m_text;
+    const char *m_begin;
+    const char *m_end;
 };
 } // namespace
 
-QByteArray requestIdText(const QByteArray &line)
+QByteArray requestIdText(const QByteArray &line, IdOccurrence which)
 {
     const Scanner scan(line);
-    int at = scan.skipBlanks(0);
-    if (at >= line.size() || line.at(at) != '{') {
+    const char *at = scan.skipBlanks(scan.begin());
+    if (at >= scan.end() || *at != '{') {
         return QByteArray();
     }
     QByteArray found;
     at = scan.skipBlanks(at + 1);
-    if (at < line.size() && line.at(at) == '}') {
+    if (at < scan.end() && *at == '}') {
         return found;
     }
-    while (at < line.size() && line.at(at) == '"') {
-        const int keyEnd = scan.skipString(at);
-        if (keyEnd < 0) {
+    while (at < scan.end() && *at == '"') {
+        const char *keyEnd = scan.skipString(at);
+        const char *colon = keyEnd ? scan.skipBlanks(keyEnd) : nullptr;
+        if (!colon || colon >= scan.end() || *colon != ':') {
             return QByteArray();
         }
-        const int colon = scan.skipBlanks(keyEnd);
-        if (colon >= line.size() || line.at(colon) != ':') {
+        const char *valueBegin = scan.skipBlanks(colon + 1);
+        const char *valueEnd = scan.skipValue(valueBegin);
+        if (!valueEnd || valueEnd == valueBegin) {
             return QByteArray();
         }
-        const int valueBegin = scan.skipBlanks(colon + 1);
-        const int valueEnd = scan.skipValue(valueBegin);
-        if (valueEnd < 0 || valueEnd == valueBegin) {
-            return QByteArray();
-        }
-        if (scan.isIdKey(at, keyEnd)) {
-            found = line.mid(valueBegin, valueEnd - valueBegin);
+        if (Scanner::isIdKey(at, keyEnd)) {
+            found = QByteArray(valueBegin, int(valueEnd - valueBegin));
+            if (which == IdOccurrence::First) {
+                return found;
+            }
         }
         at = scan.skipBlanks(valueEnd);
-        if (at < line.size() && line.at(at) == '}') {
+        if (at < scan.end() && *at == '}') {
             return found;
         }
-        if (at >= line.size() || line.at(at) != ',') {
+        if (at >= scan.end() || *at != ',') {
             return QByteArray();
         }
         at = scan.skipBlanks(at + 1);

@@ -15,7 +15,11 @@ namespace VantixControl {
  * no object or has no id. The line is only scanned, not checked: a caller
  * that has not parsed it checks the text it gets.
  */
-VANTIX_PRIVATE_EXPORT QByteArray requestIdText(const QByteArray &line);
+enum class IdOccurrence {
+    Last, ///< as JSON readers take a repeated key
+    First, ///< enough for a line known to hold one id, as answers do
+};
+VANTIX_PRIVATE_EXPORT QByteArray requestIdText(const QByteArray &line, IdOccurrence which = IdOccurrence::Last);
 
 } // namespace VantixControl
 
