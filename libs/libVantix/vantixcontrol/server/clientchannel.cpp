@@ -1,6 +1,6 @@
 #include "clientchannel_p.h"
 
-#include <QSocketNotifier>
+#include "channelpoller_p.h"
 
 #include <cerrno>
 #include <climits>
@@ -11,7 +11,7 @@
 namespace VantixControl {
 
 namespace {
-// Read per turn of the event loop; one line of the protocol at most.
+// Read at a time; one line of the protocol at most.
 constexpr int ChunkBytes = 64 * 1024;
 // Written at once rather than at the next turn of the loop past this, so quick readers never fall behind.
 constexpr int EagerBytes = 64 * 1024;
@@ -19,22 +19,19 @@ constexpr int EagerBytes = 64 * 1024;
 constexpr int DrainBytes = 1024 * 1024;
 } // namespace
 
-ClientChannel::ClientChannel(int descriptor, QObject *parent)
+ClientChannel::ClientChannel(int descriptor, ChannelPoller *poller, QObject *parent)
     : QObject(parent)
     , m_fd(descriptor)
-    , m_reader(new QSocketNotifier(descriptor, QSocketNotifier::Read, this))
-    , m_writer(new QSocketNotifier(descriptor, QSocketNotifier::Write, this))
+    , m_poller(poller)
 {
-    m_writer->setEnabled(false);
-    connect(m_reader, &QSocketNotifier::activated, this, &ClientChannel::readChunk);
-    connect(m_writer, &QSocketNotifier::activated, this, &ClientChannel::flush);
+    m_poller->add(m_fd, this);
 }
 
 ClientChannel::~ClientChannel()
 {
-    // The notifiers must not outlive their descriptor.
-    delete m_reader;
-    delete m_writer;
+    if (m_poller) {
+        m_poller->remove(m_fd);
+    }
     ::close(m_fd);
 }
 
@@ -53,13 +50,38 @@ void ClientChannel::write(const QByteArray &data)
     if (pendingBytes() >= EagerBytes) {
         flush();
     } else {
-        m_writer->setEnabled(true);
+        scheduleFlush();
+    }
+}
+
+void ClientChannel::scheduleFlush()
+{
+    // What one turn of the event loop writes goes out together, as the loop comes round.
+    if (!m_flushScheduled && !m_waitingForRoom) {
+        m_flushScheduled = true;
+        QMetaObject::invokeMethod(
+            this,
+            [this] {
+                m_flushScheduled = false;
+                flush();
+            },
+            Qt::QueuedConnection);
     }
 }
 
 void ClientChannel::stopReading()
 {
-    m_reader->setEnabled(false);
+    if (m_reading) {
+        m_reading = false;
+        updateInterest();
+    }
+}
+
+void ClientChannel::updateInterest()
+{
+    if (m_poller && !m_over) {
+        m_poller->watch(m_fd, m_reading, m_waitingForRoom);
+    }
 }
 
 void ClientChannel::closeWhenWritten()
@@ -100,6 +122,19 @@ void ClientChannel::cut()
     finish();
 }
 
+void ClientChannel::ready(bool readable, bool writable, bool hungUp)
+{
+    if (writable) {
+        flush();
+    }
+    if (readable && m_reading && !m_over) {
+        readChunk();
+    } else if (hungUp && !m_reading) {
+        // Gone while not being read from: nothing more can reach it.
+        finish();
+    }
+}
+
 void ClientChannel::readChunk()
 {
     if (m_in.size() != ChunkBytes) {
@@ -134,20 +169,30 @@ void ClientChannel::flush()
             m_sent += int(n);
             continue;
         }
-        if (n < 0 && (errno == EAGAIN || errno == EWOULDBLOCK)) {
-            m_writer->setEnabled(true);
-            return;
-        }
         if (n < 0 && errno == EINTR) {
             continue;
+        }
+        if (n < 0 && (errno == EAGAIN || errno == EWOULDBLOCK)) {
+            // The socket is full: the poller tells when it has room.
+            if (!m_waitingForRoom) {
+                m_waitingForRoom = true;
+                updateInterest();
+            }
+            return;
         }
         // The peer has gone: nothing more can reach it.
         finish();
         return;
     }
+    if (m_over) {
+        return;
+    }
     m_out.clear();
     m_sent = 0;
-    m_writer->setEnabled(false);
+    if (m_waitingForRoom) {
+        m_waitingForRoom = false;
+        updateInterest();
+    }
     if (m_closing) {
         finish();
     }
@@ -159,8 +204,10 @@ void ClientChannel::finish()
         return;
     }
     m_over = true;
-    m_reader->setEnabled(false);
-    m_writer->setEnabled(false);
+    if (m_poller) {
+        m_poller->remove(m_fd);
+        m_poller = nullptr;
+    }
     // Unread input would make the close a reset, which a peer may see before the lines it has not read.
     char sink[4096];
     for (int drained = 0; drained < DrainBytes;) {

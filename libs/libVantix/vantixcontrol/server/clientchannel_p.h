@@ -6,25 +6,26 @@
 #include <QByteArray>
 #include <QObject>
 
-class QSocketNotifier;
-
 namespace VantixControl {
+
+class ChannelPoller;
 
 /**
  * The server's end of one client connection, on a non-blocking descriptor
- * it owns. It reads one chunk per turn of the event loop, writes what it is
- * given in order and keeps what the socket cannot take yet, and tells apart
- * a peer that only ended its input (shutdown(SHUT_WR): it is still answered)
- * from one that has gone. Unlike QLocalSocket it never closes on its own
- * because the input ended.
+ * it owns, watched through the server's ChannelPoller. It reads one chunk
+ * at a time, writes what it is given in order (all of one turn of the event
+ * loop in one go) and keeps what the socket cannot take yet, and tells apart
+ * a peer that only ended its input (shutdown(SHUT_WR): it is still
+ * answered) from one that has gone. Unlike QLocalSocket it never closes on
+ * its own because the input ended.
  */
 class VANTIX_PRIVATE_EXPORT ClientChannel : public QObject
 {
     Q_OBJECT
 
 public:
-    /// Takes @p descriptor, a connected stream socket.
-    explicit ClientChannel(int descriptor, QObject *parent = nullptr);
+    /// Takes @p descriptor, a connected non-blocking stream socket.
+    ClientChannel(int descriptor, ChannelPoller *poller, QObject *parent = nullptr);
     ~ClientChannel() override;
 
     int descriptor() const { return m_fd; }
@@ -45,6 +46,9 @@ public:
      */
     void cut();
 
+    /// From the poller: the socket has input, has room, or the peer has hung up.
+    void ready(bool readable, bool writable, bool hungUp);
+
 Q_SIGNALS:
     /// One chunk of what the peer sent; @p data is valid during the call only.
     void received(const QByteArray &data);
@@ -56,16 +60,20 @@ Q_SIGNALS:
 private:
     void readChunk();
     void flush();
+    void scheduleFlush();
+    void updateInterest();
     void finish();
 
     int m_fd;
-    QSocketNotifier *m_reader;
-    QSocketNotifier *m_writer;
+    ChannelPoller *m_poller;
     QByteArray m_in;
     QByteArray m_out;
     int m_sent = 0; // bytes of m_out already handed to the socket
     QByteArray m_last;
     int m_lastAt = -1; // where m_last begins in m_out
+    bool m_reading = true;
+    bool m_waitingForRoom = false;
+    bool m_flushScheduled = false;
     bool m_closing = false;
     bool m_over = false;
 };

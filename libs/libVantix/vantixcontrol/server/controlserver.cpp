@@ -1,5 +1,6 @@
 #include "controlserver_p.h"
 
+#include "channelpoller_p.h"
 #include "clientchannel_p.h"
 #include "controlconnection_p.h"
 #include "logging_p.h"
@@ -81,6 +82,7 @@ ControlServer::ControlServer(System *system, QObject *parent)
     : QObject(parent)
     , m_system(system)
     , m_listener(new SocketListener(this))
+    , m_poller(new ChannelPoller(this))
     , m_maxClients(maxClientsSetting())
 {
     m_listener->setRefusal(
@@ -99,8 +101,14 @@ ControlServer::ControlServer(System *system, QObject *parent)
 ControlServer::~ControlServer()
 {
     // Clients first: their sessions act on the System that goes next.
-    qDeleteAll(findChildren<ControlConnection *>(QString(), Qt::FindDirectChildrenOnly));
+    const QList<ControlConnection *> connections =
+        findChildren<ControlConnection *>(QString(), Qt::FindDirectChildrenOnly);
+    for (ControlConnection *connection : connections) {
+        connection->disconnect(this);
+        delete connection;
+    }
     delete m_listener;
+    delete m_poller;
 }
 
 bool ControlServer::listen(const QString &folder, SocketDirectory::Folder::Mode mode, const QString &name)
@@ -127,11 +135,6 @@ QString ControlServer::socketPath() const
     return m_listener->path();
 }
 
-int ControlServer::clientCount() const
-{
-    return findChildren<ControlConnection *>(QString(), Qt::FindDirectChildrenOnly).size();
-}
-
 void ControlServer::turnAway(int descriptor, const QString &message)
 {
     const QByteArray line = Reply::failure(ErrorClass::BadRequest, message).toJsonLine(QJsonValue()) + '\n';
@@ -145,7 +148,6 @@ void ControlServer::accept()
     if (!m_ready) {
         return;
     }
-    int clients = clientCount();
     for (int fd = m_listener->next(); fd >= 0; fd = m_listener->next()) {
         const qint64 uid = peerUid(fd);
         if (uid != qint64(::geteuid())) {
@@ -153,13 +155,14 @@ void ControlServer::accept()
             ::close(fd);
         } else if (!m_system) {
             ::close(fd);
-        } else if (clients >= m_maxClients) {
+        } else if (m_clients >= m_maxClients) {
             turnAway(fd,
                 QStringLiteral("the application serves at most %1 clients at a time (VANTIX_CONTROL_MAX_CLIENTS)")
                     .arg(m_maxClients));
         } else {
-            new ControlConnection(new ClientChannel(fd), m_system, this);
-            ++clients;
+            auto *connection = new ControlConnection(new ClientChannel(fd, m_poller), m_system, this);
+            ++m_clients;
+            connect(connection, &QObject::destroyed, this, [this] { --m_clients; });
         }
     }
 }

@@ -14,6 +14,7 @@ class System;
 
 namespace VantixControl {
 
+class ChannelPoller;
 class SocketListener;
 
 /**
@@ -44,7 +45,7 @@ public:
     ~ControlServer() override;
 
     QString socketPath() const;
-    int clientCount() const;
+    int clientCount() const { return m_clients; }
     int maxClients() const { return m_maxClients; }
 
 private:
@@ -57,7 +58,9 @@ private:
     QPointer<TQ_SPAPI::System> m_system;
     SocketDirectory::Folder m_folder;
     SocketListener *m_listener;
+    ChannelPoller *m_poller;
     int m_maxClients = DefaultMaxClients;
+    int m_clients = 0;
     bool m_ready = false;
 };
 
