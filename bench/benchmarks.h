@@ -14,6 +14,7 @@ void registerCommandBenchmarks();
 void registerHotplugBenchmarks();
 void registerIdleBenchmarks();
 void registerControlBenchmarks();
+void registerClientBenchmarks();
 
 // Modes in which this program runs as a child of itself.
 /// @p argc and @p argv are the arguments after the mode.
