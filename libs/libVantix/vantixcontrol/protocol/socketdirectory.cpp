@@ -154,11 +154,14 @@ QByteArray SocketDirectory::Folder::address(const QString &name) const
     if (d->fd < 0) {
         return QByteArray();
     }
-    const QByteArray encoded = QFile::encodeName(name);
-    const QByteArray throughDescriptor = "/proc/self/fd/" + QByteArray::number(d->fd) + '/' + encoded;
     static const bool procAvailable = ::access("/proc/self/fd", X_OK) == 0;
-    const QByteArray address = procAvailable ? throughDescriptor : QFile::encodeName(filePath(name));
-    return address.size() <= maxPathBytes() ? address : QByteArray();
+    const QByteArray throughDescriptor = "/proc/self/fd/" + QByteArray::number(d->fd) + '/' + QFile::encodeName(name);
+    if (procAvailable && throughDescriptor.size() <= maxPathBytes()) {
+        return throughDescriptor;
+    }
+    // By its path, where /proc is missing or its way is the longer one.
+    const QByteArray byPath = QFile::encodeName(filePath(name));
+    return byPath.size() <= maxPathBytes() ? byPath : QByteArray();
 }
 
 QStringList SocketDirectory::Folder::sockets() const

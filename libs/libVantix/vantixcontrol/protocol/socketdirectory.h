@@ -53,8 +53,9 @@ public:
     bool stat(const QString &name, struct ::stat *info) const;
     bool remove(const QString &name) const;
     /**
-     * A socket address (sun_path) that reaches @p name in this very folder,
-     * through the descriptor where /proc allows it; empty when it does not fit.
+     * A socket address (sun_path) that reaches @p name in this very folder:
+     * through the descriptor where /proc allows it and it fits, else by
+     * path; empty when neither fits.
      */
     QByteArray address(const QString &name) const;
 
