@@ -1,6 +1,7 @@
 // The control server in-process: what each connection costs the
 // application, and what its sessions share and keep apart.
 
+#include "logcapture.h"
 #include "socketlistener_p.h"
 #include "testroot.h"
 #include "testsystem.h"
@@ -13,8 +14,11 @@
 #include <QTemporaryDir>
 #include <QtTest>
 
+#include <algorithm>
+#include <fcntl.h>
 #include <memory>
 #include <poll.h>
+#include <sys/resource.h>
 #include <sys/socket.h>
 #include <sys/un.h>
 #include <unistd.h>
@@ -201,6 +205,56 @@ private Q_SLOTS:
         QCOMPARE(run(second, "expect battery1 emitted fuelGaugeChanged"), QString("OK"));
         QCOMPARE(run(first, "expect battery1 emitted fuelGaugeChanged"), QString("OK"));
         QVERIFY(run(first, "expect battery1 emitted fuelGaugeChanged").startsWith("KO: "));
+    }
+
+    void noDescriptorLeftAtAll()
+    {
+#ifdef VANTIX_SANITIZED
+        QSKIP("UBSan's type checks open a pipe to look at memory, which fails with no descriptor left");
+#endif
+        // The application has used up its descriptors by itself: the server still answers and listens.
+        rlimit saved = {};
+        QVERIFY(::getrlimit(RLIMIT_NOFILE, &saved) == 0);
+        rlimit lowered = saved;
+        lowered.rlim_cur = std::min<rlim_t>(saved.rlim_cur, 512);
+        QVERIFY(::setrlimit(RLIMIT_NOFILE, &lowered) == 0);
+        std::vector<int> taken;
+        for (int fd = ::open("/dev/null", O_RDONLY | O_CLOEXEC); fd >= 0;
+             fd = ::open("/dev/null", O_RDONLY | O_CLOEXEC)) {
+            taken.push_back(fd);
+        }
+        ::close(taken.back());
+        taken.pop_back();
+        LogCapture log;
+        const int client = ::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0);
+        sockaddr_un address = {};
+        address.sun_family = AF_UNIX;
+        qstrncpy(address.sun_path, QFile::encodeName(m_socket).constData(), sizeof address.sun_path);
+        const bool connected = ::connect(client, reinterpret_cast<sockaddr *>(&address), sizeof address) == 0;
+        QByteArray told;
+        (void)QTest::qWaitFor(
+            [&] {
+                char chunk[512];
+                pollfd p = {client, POLLIN, 0};
+                const ssize_t n = ::poll(&p, 1, 0) == 1 ? ::recv(client, chunk, sizeof chunk, 0) : -1;
+                told.append(chunk, int(qMax<ssize_t>(n, 0)));
+                return n == 0;
+            },
+            5000);
+        ::close(client);
+        for (const int fd : taken) {
+            ::close(fd);
+        }
+        QVERIFY(::setrlimit(RLIMIT_NOFILE, &saved) == 0);
+        QVERIFY(connected);
+        QVERIFY2(told.contains("\"message\":\"the application has no file descriptor to spare"), told.constData());
+        QVERIFY(told.endsWith("}\n"));
+        QCOMPARE(log.count("Control server: no file descriptor to spare for a new client; clients are turned away "
+                           "until one is free"),
+            1);
+        // With descriptors free again, clients are served.
+        BareClient served;
+        QVERIFY(served.open(m_socket));
     }
 
     void theSocketFolderIsUsedAsOpened()

@@ -87,7 +87,7 @@ ControlServer::ControlServer(System *system, QObject *parent)
 {
     m_listener->setRefusal(
         Reply::failure(ErrorClass::Failed,
-            QStringLiteral("the application has no file descriptor left for another client; try again later"))
+            QStringLiteral("the application has no file descriptor to spare for another client; try again later"))
             .toJsonLine(QJsonValue()) +
         '\n');
     connect(m_listener, &SocketListener::pending, this, &ControlServer::accept);

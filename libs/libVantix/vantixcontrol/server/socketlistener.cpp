@@ -6,8 +6,10 @@
 #include <QSocketNotifier>
 
 #include <cerrno>
+#include <climits>
 #include <cstring>
 #include <fcntl.h>
+#include <sys/resource.h>
 #include <sys/socket.h>
 #include <sys/stat.h>
 #include <sys/un.h>
@@ -18,6 +20,17 @@ namespace VantixControl {
 namespace {
 // How soon to look again for a free descriptor when none was left even for the reserve.
 constexpr int RetryMs = 200;
+// Descriptors clients never get: the application keeps them for its own files.
+constexpr int Headroom = 16;
+
+int descriptorLimit()
+{
+    rlimit limit = {};
+    if (::getrlimit(RLIMIT_NOFILE, &limit) != 0 || limit.rlim_cur == RLIM_INFINITY || limit.rlim_cur > INT_MAX) {
+        return INT_MAX;
+    }
+    return int(limit.rlim_cur);
+}
 
 int openReserve()
 {
@@ -141,6 +154,11 @@ int SocketListener::next()
     }
     for (;;) {
         const int fd = ::accept4(m_fd, nullptr, nullptr, SOCK_NONBLOCK | SOCK_CLOEXEC);
+        // Descriptors are handed out lowest first: one among the last few means the rest are taken.
+        if (fd >= 0 && fd >= descriptorLimit() - Headroom) {
+            turnAway(fd);
+            continue;
+        }
         if (fd >= 0) {
             m_starved = false;
             return fd;
@@ -155,14 +173,27 @@ int SocketListener::next()
     }
 }
 
-void SocketListener::turnAwayNewest()
+void SocketListener::warnOnce()
 {
     if (!m_starved) {
         m_starved = true;
         qCWarning(lcControl).noquote()
-            << "Control server: no file descriptor left for a new client; clients are turned away until one is free";
+            << "Control server: no file descriptor to spare for a new client; clients are turned away until one is free";
     }
+}
+
+void SocketListener::turnAway(int descriptor)
+{
+    warnOnce();
+    ::send(descriptor, m_refusal.constData(), size_t(m_refusal.size()), MSG_DONTWAIT | MSG_NOSIGNAL);
+    ::shutdown(descriptor, SHUT_RDWR);
+    ::close(descriptor);
+}
+
+void SocketListener::turnAwayNewest()
+{
     if (m_reserve < 0) {
+        warnOnce();
         pause();
         return;
     }
@@ -171,9 +202,7 @@ void SocketListener::turnAwayNewest()
     m_reserve = -1;
     const int fd = ::accept4(m_fd, nullptr, nullptr, SOCK_NONBLOCK | SOCK_CLOEXEC);
     if (fd >= 0) {
-        ::send(fd, m_refusal.constData(), size_t(m_refusal.size()), MSG_DONTWAIT | MSG_NOSIGNAL);
-        ::shutdown(fd, SHUT_RDWR);
-        ::close(fd);
+        turnAway(fd);
     }
     m_reserve = openReserve();
     if (m_reserve < 0) {

@@ -16,10 +16,12 @@ namespace VantixControl {
 
 /**
  * The listening socket of the control server, bound through its folder's
- * descriptor. When the process has no file descriptor left it keeps
- * listening: the newest connection is taken through a descriptor held in
- * reserve, told why, and closed; a warning is logged once; connections are
- * taken again once a descriptor is free. The socket file is removed when
+ * descriptor. Clients never take the application's last 16 descriptors: a
+ * connection that would is told why and closed. When the process has no
+ * descriptor left at all, through its own files, it keeps listening: the
+ * newest connection is taken through a descriptor held in reserve, told
+ * why, and closed. Either way a warning is logged once, and connections are
+ * taken again once descriptors are free. The socket file is removed when
  * the listener goes, and only then, and only if it is still the one it made.
  */
 class VANTIX_PRIVATE_EXPORT SocketListener : public QObject
@@ -45,6 +47,9 @@ Q_SIGNALS:
     void pending();
 
 private:
+    void warnOnce();
+    /// Tells the connection on @p descriptor why it is not served, and closes it.
+    void turnAway(int descriptor);
     void turnAwayNewest();
     void pause();
 
