@@ -82,7 +82,6 @@ ControlServer::ControlServer(System *system, QObject *parent)
     : QObject(parent)
     , m_system(system)
     , m_listener(new SocketListener(this))
-    , m_poller(new ChannelPoller(this))
     , m_maxClients(maxClientsSetting())
 {
     m_listener->setRefusal(
@@ -160,6 +159,10 @@ void ControlServer::accept()
                 QStringLiteral("the application serves at most %1 clients at a time (VANTIX_CONTROL_MAX_CLIENTS)")
                     .arg(m_maxClients));
         } else {
+            // Made for the first client: an application nobody drives carries none of it.
+            if (!m_poller) {
+                m_poller = new ChannelPoller(this);
+            }
             auto *connection = new ControlConnection(new ClientChannel(fd, m_poller), m_system, this);
             ++m_clients;
             connect(connection, &QObject::destroyed, this, [this] { --m_clients; });

@@ -58,7 +58,7 @@ private:
     QPointer<TQ_SPAPI::System> m_system;
     SocketDirectory::Folder m_folder;
     SocketListener *m_listener;
-    ChannelPoller *m_poller;
+    ChannelPoller *m_poller = nullptr;
     int m_maxClients = DefaultMaxClients;
     int m_clients = 0;
     bool m_ready = false;

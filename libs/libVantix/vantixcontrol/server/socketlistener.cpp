@@ -4,6 +4,7 @@
 
 #include <QFile>
 #include <QSocketNotifier>
+#include <QTimer>
 
 #include <cerrno>
 #include <climits>
@@ -54,18 +55,6 @@ bool connectTo(const QByteArray &address)
 SocketListener::SocketListener(QObject *parent)
     : QObject(parent)
 {
-    m_retry.setSingleShot(true);
-    m_retry.setInterval(RetryMs);
-    connect(&m_retry, &QTimer::timeout, this, [this] {
-        if (m_reserve < 0) {
-            m_reserve = openReserve();
-        }
-        if (m_reserve < 0) {
-            m_retry.start();
-        } else {
-            setAccepting(m_accepting);
-        }
-    });
 }
 
 SocketListener::~SocketListener()
@@ -143,13 +132,13 @@ void SocketListener::setAccepting(bool accepting)
 {
     m_accepting = accepting;
     if (m_notifier) {
-        m_notifier->setEnabled(accepting && !m_retry.isActive());
+        m_notifier->setEnabled(accepting && !m_paused);
     }
 }
 
 int SocketListener::next()
 {
-    if (m_fd < 0 || m_retry.isActive()) {
+    if (m_fd < 0 || m_paused) {
         return -1;
     }
     for (;;) {
@@ -177,8 +166,8 @@ void SocketListener::warnOnce()
 {
     if (!m_starved) {
         m_starved = true;
-        qCWarning(lcControl).noquote()
-            << "Control server: no file descriptor to spare for a new client; clients are turned away until one is free";
+        qCWarning(lcControl).noquote() << "Control server: no file descriptor to spare for a new client; clients are "
+                                          "turned away until one is free";
     }
 }
 
@@ -212,10 +201,19 @@ void SocketListener::turnAwayNewest()
 
 void SocketListener::pause()
 {
+    m_paused = true;
     if (m_notifier) {
         m_notifier->setEnabled(false);
     }
-    m_retry.start();
+    QTimer::singleShot(RetryMs, this, [this] {
+        m_reserve = m_reserve < 0 ? openReserve() : m_reserve;
+        if (m_reserve < 0) {
+            pause();
+            return;
+        }
+        m_paused = false;
+        setAccepting(m_accepting);
+    });
 }
 
 } // namespace VantixControl

@@ -6,7 +6,6 @@
 #include <vantix/vantix_private_export.h>
 
 #include <QObject>
-#include <QTimer>
 
 #include <sys/types.h>
 
@@ -59,10 +58,11 @@ private:
     ino_t m_inode = 0;
     int m_reserve = -1;
     QSocketNotifier *m_notifier = nullptr;
-    QTimer m_retry;
     QByteArray m_refusal;
     bool m_accepting = false;
     bool m_starved = false;
+    // Set while no descriptor is left even for the reserve; a timer looks again.
+    bool m_paused = false;
 };
 
 } // namespace VantixControl
