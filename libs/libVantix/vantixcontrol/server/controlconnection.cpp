@@ -76,7 +76,13 @@ ControlConnection::ControlConnection(ClientChannel *channel, System *system, QOb
             m_inputEnded = true;
             closeIfDone();
         });
-        connect(m_channel, &ClientChannel::gone, this, &QObject::deleteLater);
+        connect(m_channel, &ClientChannel::gone, this, [this] {
+            // What runs for a client that has gone stops now, not when the connection is deleted.
+            if (m_session) {
+                m_session->cancel();
+            }
+            deleteLater();
+        });
     }
     m_dropTimer.setSingleShot(true);
     connect(&m_dropTimer, &QTimer::timeout, this, [this] {
