@@ -15,6 +15,7 @@ void registerHotplugBenchmarks();
 void registerIdleBenchmarks();
 void registerControlBenchmarks();
 void registerRunnerBenchmarks();
+void registerClientBenchmarks();
 
 // Modes in which this program runs as a child of itself.
 /// @p argc and @p argv are the arguments after the mode.

@@ -327,6 +327,11 @@ std::string vantixSimPath()
     return VANTIX_SIM_PATH;
 }
 
+std::string vantixCtlPath()
+{
+    return VANTIX_CTL_PATH;
+}
+
 std::string bareQtPath()
 {
     return VANTIX_BAREQT_PATH;

@@ -103,6 +103,7 @@ std::map<std::string, double> parseFigures(const std::string &text);
 
 std::string selfPath();
 std::string vantixSimPath();
+std::string vantixCtlPath();
 std::string bareQtPath();
 std::string bareQtBearerPath();
 std::string procStatPath();

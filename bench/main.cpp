@@ -485,6 +485,39 @@ void buildRunner()
     }
 }
 
+void buildClients()
+{
+    if (const Result *m = result("Clients/idle")) {
+        const double clients = counter(m, "clients");
+        section("control-crowd", 1.0,
+            "Many clients: a healthy client's requests while " + format(clients, Unit::Count) +
+                " idle clients are connected (each answered once, then silent), median wall time;\n"
+                "baseline: the same with no other client, in the same run");
+        const auto row = [&](const std::string &label, const char *crowded, const char *alone) {
+            const double measured = counter(m, crowded);
+            const double baseline = counter(m, alone);
+            add({label, measured, baseline, Unit::Time, "", "<= 2x", measured <= 2 * baseline});
+        };
+        row("get battery1 fuelGauge", "get_s", "get_alone_s");
+        row("hot-plug: addotgb, rmotgb, get", "hotplug_s", "hotplug_alone_s");
+        row("one more client: connect, greeting, get", "connect_s", "connect_alone_s");
+        const double crowd = counter(m, "crowd_s");
+        add({"(crowd) connecting them, each answered once", crowd, NAN, Unit::Time,
+            format(crowd / clients, Unit::Time) + " each", ""});
+    }
+    if (const Result *m = result("Clients/selector")) {
+        section("control-selector", 1.0,
+            "Finding one of " + format(counter(m, "applications"), Unit::Count) +
+                " running applications: vantix-ctl as a whole program, median wall time;\n"
+                "baseline: the same with one application running");
+        const double pid = counter(m, "pid_s");
+        const double list = counter(m, "list_s");
+        add({"vantix-ctl --pid N get battery1 fuelGauge", pid, counter(m, "pid_alone_s"), Unit::Time, "", "< 15 ms",
+            pid < 15e-3});
+        add({"vantix-ctl list", list, counter(m, "list_alone_s"), Unit::Time, "", "< 50 ms", list < 50e-3});
+    }
+}
+
 std::string loadAverage()
 {
     QFile file(QStringLiteral("/proc/loadavg"));
@@ -504,6 +537,7 @@ void printTable(const std::string &loadBefore)
     buildMemory();
     buildControl();
     buildRunner();
+    buildClients();
 
     std::size_t width = 0;
     for (const Section &s : s_sections) {
@@ -649,6 +683,7 @@ int main(int argc, char *argv[])
     registerIdleBenchmarks();
     registerControlBenchmarks();
     registerRunnerBenchmarks();
+    registerClientBenchmarks();
 
     CollectingReporter reporter;
     benchmark::RunSpecifiedBenchmarks(&reporter);

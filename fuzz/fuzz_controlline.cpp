@@ -4,19 +4,27 @@
 // session of its own, as for a client of vantix-ctl.
 //
 // Each input is one client: a fresh connection, closed at the end with a
-// cancel of its own, after the event loop has run briefly for what waits. So
-// timed commands (wait, ramp, expect ... within) end or are cancelled, and
-// nothing hangs. The System lives on from one input to the next, released and
-// built again every InputsPerSystem inputs, so that state stays bounded.
+// cancel of its own, which answers whatever still waits (wait, ramp, expect
+// ... within), so nothing hangs and no input waits for a timer. One System
+// and its watcher serve input after input (a session held for the run keeps
+// the watcher, which every connection's session shares); the System is
+// released and built again every InputsPerSystem inputs, so that state
+// stays bounded. An execution thus costs what its lines do and little more.
+//
+// Only the first describe of an input is fed: a schema costs more than all
+// else an input does, and another finds nothing new.
 //
 // Checks: everything written is one JSON object per line, the greeting is not
-// repeated, and every request is answered exactly once, with its own id (a
-// refused line with a null one). Commands that write a file (record, dump)
-// only run when every argument names a place inside the input's own folder,
-// which is the working folder; other such lines are left out of the input.
+// repeated, and every request is answered exactly once, with its id exactly
+// as the request wrote it (a line with no readable id with a null one).
+// Commands that write a file (record, dump) only run when every argument
+// names a place inside the input's own folder, which is the working folder;
+// other such lines are left out of the input.
 
 #include "controlconnection_p.h"
 #include "fuzzsupport.h"
+#include "protocol.h"
+#include "requestid_p.h"
 #include "session_p.h"
 #include "words.h"
 
@@ -34,6 +42,8 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <memory>
+#include <utility>
 
 using namespace TQ_SPAPI;
 using VantixControl::ControlConnection;
@@ -42,8 +52,6 @@ namespace {
 constexpr int InputsPerSystem = 256;
 // Lines fed per input; the rest is ignored, so that no input takes long (describe alone takes a while).
 constexpr int MaxLines = 64;
-// How long the event loop runs for the requests still unanswered at the end of an input.
-constexpr int SettleMs = 20;
 const QByteArray FinalCancel = R"({"id":"fuzz:end","cancel":true})";
 
 struct Harness
@@ -51,21 +59,19 @@ struct Harness
     QTemporaryDir root;
     // libFuzzer reads and writes its corpus relative to it between inputs.
     QString startFolder = QDir::currentPath();
+    // Holds the System's watcher for the run, so that no input pays for watching the tree.
+    std::unique_ptr<VantixControl::Session> keeper;
     int inputs = 0;
 };
 Harness *harness = nullptr;
 
 void startSystem()
 {
+    harness->keeper.reset();
     System::releaseInstance();
     SystemPlatformType::type = System::PT_TOLVEX_PLUS;
     System::instance()->initialize(QStringLiteral("fuzz"));
-}
-
-// The key an answer's id is counted under: the id as compact JSON.
-QByteArray idKey(const QJsonValue &id)
-{
-    return QJsonDocument(QJsonObject{{QStringLiteral("id"), id}}).toJson(QJsonDocument::Compact);
+    harness->keeper = std::make_unique<VantixControl::Session>(System::instance());
 }
 
 // Whether the console @p line would write a file outside @p folder: a
@@ -103,53 +109,53 @@ bool writesOutside(const QString &line, const QDir &folder)
 struct Conversation
 {
     QList<QByteArray> written;
+    // Answers owed, by id as the request wrote it.
     QHash<QByteArray, int> expected;
-    int pending = 0;
+    int owed = 0;
+    int answered = 0;
+    // A schema costs more than all else an input does; a second one would find nothing new.
+    bool described = false;
+
+    void take(const QByteArray &line)
+    {
+        written.append(line);
+        answered += line.startsWith("{\"event\"") || line.startsWith("{\"log\"") ? 0 : 1;
+    }
 
     // Feeds one line, unless it would write outside @p folder; counts the answer it is owed.
     void send(ControlConnection &connection, const QByteArray &line, const QDir &folder)
     {
         const ControlConnection::ParsedLine parsed = ControlConnection::parseLine(line);
-        QByteArray key = idKey(QJsonValue());
-        if (parsed.kind == ControlConnection::ParsedLine::Blank) {
-            key.clear();
-        } else if (parsed.kind == ControlConnection::ParsedLine::Request) {
+        // Any line over the limit is refused, even one of blanks only.
+        FuzzSupport::check(line.size() - (line.endsWith('\r') ? 1 : 0) <= VantixControl::Protocol::MaxLineBytes ||
+                parsed.kind == ControlConnection::ParsedLine::Refused,
+            "a line over the limit was not refused");
+        if (parsed.kind == ControlConnection::ParsedLine::Request) {
             const QJsonValue console = parsed.request.value(QLatin1String("line"));
             if (console.isString() && writesOutside(console.toString(), folder)) {
                 return;
             }
-            const QJsonValue id = parsed.request.value(QLatin1String("id"));
-            if (!id.isUndefined()) {
-                key = idKey(id);
+            if (parsed.request.contains(QLatin1String("describe")) && std::exchange(described, true)) {
+                return;
             }
         }
-        if (!key.isEmpty()) {
-            ++expected[key];
-            ++pending;
+        if (parsed.kind != ControlConnection::ParsedLine::Blank) {
+            ++expected[parsed.id];
+            ++owed;
         }
-        connection.handleLine(line);
+        connection.handleParsed(parsed, line.size());
     }
 
-    // Answers written so far, by id.
+    // Answers written, by their id's text.
     QHash<QByteArray, int> answers() const
     {
         QHash<QByteArray, int> counts;
         for (const QByteArray &line : written) {
-            const QJsonObject object = QJsonDocument::fromJson(line).object();
-            if (object.contains(QLatin1String("id"))) {
-                ++counts[idKey(object.value(QLatin1String("id")))];
+            if (!line.startsWith("{\"event\"") && !line.startsWith("{\"log\"")) {
+                ++counts[VantixControl::requestIdText(line, VantixControl::IdOccurrence::First)];
             }
         }
         return counts;
-    }
-
-    int answered() const
-    {
-        int count = 0;
-        for (const int n : answers()) {
-            count += n;
-        }
-        return count;
     }
 };
 
@@ -190,23 +196,25 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
     {
         ControlConnection connection(nullptr, System::instance(), nullptr);
         QObject::connect(&connection, &ControlConnection::lineWritten,
-            [&conversation](const QByteArray &line) { conversation.written.append(line); });
+            [&conversation](const QByteArray &line) { conversation.take(line); });
 
         const QByteArray input(reinterpret_cast<const char *>(data), int(size));
         const QList<QByteArray> lines = input.split('\n');
         for (int i = 0; i < qMin(lines.size(), MaxLines); ++i) {
             conversation.send(connection, lines.at(i), folder);
-            QCoreApplication::processEvents();
+            // A line that waits (wait 0, expect ... within) gets its turn of the event loop.
+            if (conversation.answered < conversation.owed) {
+                QCoreApplication::processEvents();
+            }
         }
-        // The timer wakes the loop when nothing else would.
-        QTimer settled;
-        settled.setSingleShot(true);
-        settled.start(SettleMs);
-        while (conversation.answered() < conversation.pending && settled.isActive()) {
-            QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents);
-        }
+        // What is posted goes out; the cancel answers what still waits, as a client that goes would leave it.
+        QCoreApplication::processEvents();
         conversation.send(connection, FinalCancel, folder);
     }
+    // Whatever the input left for later (log copies, jobs deleted later) goes now: an input that leaves
+    // memory behind makes libFuzzer run it again and search the whole heap for leaks.
+    QCoreApplication::sendPostedEvents();
+    QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
     QDir::setCurrent(harness->startFolder);
     QDir(folder).removeRecursively();
 
@@ -219,7 +227,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
         FuzzSupport::check(!document.object().contains(QLatin1String("vantix")), "greeting repeated");
     }
     const QHash<QByteArray, int> answers = conversation.answers();
-    FuzzSupport::check(answers == conversation.expected, "answers by id differ from the requests:",
+    FuzzSupport::check(answers == conversation.expected, "answers by id text differ from the requests:",
         QStringLiteral("answered %1; asked %2").arg(describe(answers), describe(conversation.expected)));
     return 0;
 }

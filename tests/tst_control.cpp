@@ -17,6 +17,8 @@
 #include <QtTest>
 
 #include <memory>
+#include <poll.h>
+#include <sys/ioctl.h>
 #include <sys/socket.h>
 #include <sys/stat.h>
 #include <sys/un.h>
@@ -85,6 +87,128 @@ public:
 private:
     QLocalSocket m_socket;
 };
+
+// A client on a bare descriptor, for what QLocalSocket cannot do: half-close,
+// exact write boundaries, the bytes the server has not read yet.
+class FdClient
+{
+public:
+    ~FdClient() { close(); }
+    /// Connects and, with @p greeted, reads the greeting: false without one.
+    bool open(const QString &path, bool greeted = true)
+    {
+        m_fd = ::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0);
+        sockaddr_un address = {};
+        address.sun_family = AF_UNIX;
+        qstrncpy(address.sun_path, QFile::encodeName(path).constData(), sizeof address.sun_path);
+        if (::connect(m_fd, reinterpret_cast<sockaddr *>(&address), sizeof address) != 0) {
+            return false;
+        }
+        return !greeted || line().startsWith("{\"vantix\"");
+    }
+    bool write(const QByteArray &bytes)
+    {
+        for (qint64 done = 0; done < bytes.size();) {
+            const ssize_t n = ::send(m_fd, bytes.constData() + done, size_t(bytes.size() - done), MSG_NOSIGNAL);
+            if (n <= 0) {
+                return false;
+            }
+            done += n;
+        }
+        return true;
+    }
+    /// Whether the server has read everything sent so far.
+    bool allRead() const
+    {
+        int queued = 0;
+        return ::ioctl(m_fd, TIOCOUTQ, &queued) == 0 && queued == 0;
+    }
+    /// Whether the server has closed its end (what it wrote may still wait here).
+    bool peerClosed() const
+    {
+        pollfd p = {m_fd, POLLRDHUP, 0};
+        return ::poll(&p, 1, 0) == 1 && (p.revents & (POLLRDHUP | POLLHUP));
+    }
+    void shutdownWrite() { ::shutdown(m_fd, SHUT_WR); }
+    /// The next line without its newline; empty at the end of the input or after @p ms.
+    QByteArray line(int ms = 5000)
+    {
+        int newline = -1;
+        (void)QTest::qWaitFor(
+            [&] {
+                while ((newline = m_buffer.indexOf('\n')) < 0 && !m_atEnd && readable()) {
+                    fill();
+                }
+                return newline >= 0 || m_atEnd;
+            },
+            ms);
+        if (newline < 0) {
+            return QByteArray();
+        }
+        const QByteArray result = m_buffer.left(newline);
+        m_buffer.remove(0, newline + 1);
+        return result;
+    }
+    /// Every line up to the end of the input, waiting at most @p ms for it.
+    QList<QByteArray> linesToEnd(int ms = 10000)
+    {
+        QList<QByteArray> lines;
+        QElapsedTimer clock;
+        clock.start();
+        while (clock.elapsed() < ms) {
+            const QByteArray next = line(int(ms - clock.elapsed()));
+            if (next.isEmpty() && m_atEnd && m_buffer.isEmpty()) {
+                break;
+            }
+            lines.append(next);
+        }
+        return lines;
+    }
+    bool atEnd() const { return m_atEnd && m_buffer.isEmpty(); }
+    int descriptor() const { return m_fd; }
+    void close()
+    {
+        if (m_fd >= 0) {
+            ::close(m_fd);
+            m_fd = -1;
+        }
+    }
+
+private:
+    bool readable() const
+    {
+        pollfd p = {m_fd, POLLIN, 0};
+        return ::poll(&p, 1, 0) == 1;
+    }
+    void fill()
+    {
+        char chunk[65536];
+        const ssize_t n = ::recv(m_fd, chunk, sizeof chunk, 0);
+        if (n <= 0) {
+            m_atEnd = true;
+        } else {
+            m_buffer.append(chunk, int(n));
+        }
+    }
+
+    int m_fd = -1;
+    QByteArray m_buffer;
+    bool m_atEnd = false;
+};
+
+// A request for @p line padded with blanks inside the object to exactly @p size bytes.
+QByteArray paddedRequest(int id, const QByteArray &line, int size)
+{
+    const QByteArray head = "{\"id\":" + QByteArray::number(id) + ",";
+    const QByteArray tail = "\"line\":\"" + line + "\"}";
+    return head + QByteArray(size - head.size() - tail.size(), ' ') + tail;
+}
+
+// The value of "ms" in a protocol line.
+qint64 msOf(const QByteArray &line)
+{
+    return qint64(QJsonDocument::fromJson(line).object().value("ms").toDouble());
+}
 } // namespace
 
 class TestControl : public QObject
@@ -410,6 +534,9 @@ private Q_SLOTS:
                                        << ""
                                        << "Control server off: VANTIX_CONTROL must be \"off\" or an absolute path"
                                        << false;
+        QTest::newRow("path too long") << "LONG"
+                                       << ""
+                                       << "bytes long; a socket address holds at most 107" << false;
         QTest::newRow("folder open to others") << ""
                                                << "0755"
                                                << "has mode 0755, not 0700" << false;
@@ -436,6 +563,8 @@ private Q_SLOTS:
         const QString explicitPath = QDir(m_root->path()).filePath("app.sock");
         if (control == "PATH") {
             control = explicitPath;
+        } else if (control == "LONG") {
+            control = QDir(m_root->path()).filePath(QString(110, 'x'));
         }
         startApp({}, {{"VANTIX_CONTROL", control}}, false);
         QTRY_VERIFY(m_output.contains("example-app: ready"));
@@ -494,6 +623,281 @@ private Q_SLOTS:
 #ifndef VANTIX_LIBRARY_LOADS_QTGUI
         QVERIFY(!maps.contains("libQt5Gui"));
 #endif
+    }
+
+    void idsComeBackAsWritten()
+    {
+        const QString socket = startApp();
+        FdClient client;
+        QVERIFY(client.open(socket));
+        const QList<QPair<QByteArray, QByteArray>> cases{
+            {R"({"id":9007199254740993,"line":"wait 0"})", "9007199254740993"},
+            {R"({"id":12345678901234567,"line":"wait 0"})", "12345678901234567"},
+            {R"({"id":1.0,"line":"wait 0"})", "1.0"},
+            {R"({"id":-0,"describe":7,"line":"x"})", "-0"},
+            {"{\"id\":\"a\\u00e9\\\"b\",\"line\":\"wait 0\"}", "\"a\\u00e9\\\"b\""},
+            {R"({ "id" : [1, "two", 3.50] , "line":"wait 0"})", R"([1, "two", 3.50])"},
+            {R"({"id":{"n":1},"events":"yes"})", R"({"n":1})"},
+            // The id still comes back when the rest of the line is no UTF-8.
+            {"{\"id\":41,\"line\":\"get \xff\"}", "41"},
+        };
+        for (const auto &c : cases) {
+            QVERIFY(client.write(c.first + '\n'));
+            const QByteArray answer = client.line();
+            QVERIFY2(answer.contains("\"id\":" + c.second + ",\"ok\":"), answer.constData());
+        }
+    }
+
+    void lineLimitIgnoresPacketBoundaries()
+    {
+        const QString socket = startApp();
+        FdClient client;
+        QVERIFY(client.open(socket));
+        const auto answerOf = [&client] { return QJsonDocument::fromJson(client.line()).object(); };
+        // A line of exactly 65536 bytes, its \r and \n in one read or in two.
+        QVERIFY(client.write(paddedRequest(1, "get battery1 fuelGauge", 65536) + "\r\n"));
+        QCOMPARE(answerOf().value("text").toString(), QString("OK 100"));
+        QVERIFY(client.write(paddedRequest(2, "get battery1 fuelGauge", 65536) + "\r"));
+        QTRY_VERIFY(client.allRead());
+        QVERIFY(client.write("\n"));
+        const QJsonObject second = answerOf();
+        QCOMPARE(second.value("id").toInt(), 2);
+        QCOMPARE(second.value("text").toString(), QString("OK 100"));
+        // One byte more is refused once, and so is a longer line of blanks only.
+        const QString limit = "a request line may hold at most 65536 bytes";
+        QVERIFY(client.write(paddedRequest(3, "get battery1 fuelGauge", 65537) + "\n"));
+        QCOMPARE(answerOf().value("error").toObject().value("message").toString(), limit);
+        QVERIFY(client.write(QByteArray(70000, ' ') + "\n"));
+        const QJsonObject blanks = answerOf();
+        QCOMPARE(blanks.value("error").toObject().value("message").toString(), limit);
+        QVERIFY(blanks.value("id").isNull());
+        QVERIFY(client.write(paddedRequest(4, "get battery1 fuelGauge", 100) + "\n"));
+        QCOMPARE(answerOf().value("id").toInt(), 4);
+    }
+
+    void halfClosedClientsAreAnswered()
+    {
+        const QString socket = startApp();
+        FdClient client;
+        QVERIFY(client.open(socket));
+        QByteArray batch;
+        for (int i = 1; i <= 20; ++i) {
+            const QString line = i == 10 ? QString("wait 200") : QString("setbatteryfuel,1,%1").arg(50 + i);
+            batch += QString("{\"id\":%1,\"line\":\"%2\"}\n").arg(i).arg(line).toUtf8();
+        }
+        QVERIFY(client.write(batch));
+        client.shutdownWrite();
+        // Every line is answered, in order, then the server closes.
+        const QList<QByteArray> lines = client.linesToEnd();
+        QCOMPARE(lines.size(), 20);
+        for (int i = 0; i < lines.size(); ++i) {
+            const QJsonObject answer = QJsonDocument::fromJson(lines.at(i)).object();
+            QCOMPARE(answer.value("id").toInt(), i + 1);
+            QCOMPARE(answer.value("ok").toBool(), true);
+        }
+        QVERIFY(client.atEnd());
+        QTRY_VERIFY(m_output.contains("example-app: battery at 70 %"));
+    }
+
+    void clientsOverTheCapAreRefused()
+    {
+        const QString socket = startApp({}, {{"VANTIX_CONTROL_MAX_CLIENTS", "2"}});
+        FdClient first;
+        FdClient second;
+        FdClient third;
+        QVERIFY(first.open(socket) && second.open(socket));
+        QVERIFY(third.open(socket, false));
+        const QJsonObject refusal = QJsonDocument::fromJson(third.line()).object();
+        QCOMPARE(refusal.value("error").toObject().value("class").toString(), QString("BadRequest"));
+        QVERIFY2(refusal.value("error").toObject().value("message").toString().contains("at most 2 clients"),
+            qPrintable(refusal.value("error").toObject().value("message").toString()));
+        QVERIFY(third.line().isEmpty() && third.atEnd());
+        // A place that frees up is taken again (tried until then; each try that is turned away closes).
+        first.close();
+        std::unique_ptr<FdClient> again;
+        QVERIFY(QTest::qWaitFor([&] { return (again = std::make_unique<FdClient>())->open(socket); }, 5000));
+        QVERIFY(QFileInfo::exists(socket));
+    }
+
+    void runningOutOfDescriptors()
+    {
+        // The application may open 64 files in all: far fewer clients than the cap.
+        QProcess *app = launch("prlimit", {"--nofile=64", EXAMPLE_APP}, {});
+        QVERIFY(app);
+        const QString socket = defaultSocket(app->processId());
+        QTRY_VERIFY_WITH_TIMEOUT(QFileInfo::exists(socket) && m_output.contains("example-app: ready"), 10000);
+        std::vector<std::unique_ptr<FdClient>> clients;
+        int refused = 0;
+        for (int i = 0; i < 100 && refused < 3; ++i) {
+            auto client = std::make_unique<FdClient>();
+            QVERIFY(client->open(socket, false));
+            const QByteArray first = client->line();
+            if (first.startsWith("{\"vantix\"")) {
+                clients.push_back(std::move(client));
+                continue;
+            }
+            // The newest is told and closed; the server goes on listening.
+            ++refused;
+            QVERIFY2(first.contains("no file descriptor to spare"), first.constData());
+            QVERIFY(client->line().isEmpty() && client->atEnd());
+        }
+        QCOMPARE(refused, 3);
+        QVERIFY(clients.size() > 10);
+        QVERIFY(QFileInfo::exists(socket));
+        QTRY_COMPARE(m_errors.count("no file descriptor to spare"), 1);
+        // Once some go, new clients are served again.
+        clients.resize(clients.size() - 5);
+        QVERIFY(QTest::qWaitFor([&] { return FdClient().open(socket); }, 5000));
+        RawClient again;
+        QVERIFY(again.open(socket));
+        QCOMPARE(again.ask(1, "get battery1 fuelGauge").value("text").toString(), QString("OK 100"));
+        // Three turned away, one warning.
+        QCOMPARE(m_errors.count("no file descriptor to spare"), 1);
+    }
+
+    void aClientsQueueIsBoundedByBytes()
+    {
+        const QString socket = startApp();
+        FdClient client;
+        QVERIFY(client.open(socket));
+        // 100 lines of 60 KB behind a long wait: some 6 MB, more than a client may have waiting.
+        QByteArray batch = "{\"id\":0,\"line\":\"wait 60000\"}\n";
+        const QByteArray comment = "#" + QByteArray(60000, 'x');
+        for (int i = 1; i <= 100; ++i) {
+            batch += "{\"id\":" + QByteArray::number(i) + ",\"line\":\"" + comment + "\"}\n";
+        }
+        QVERIFY(client.write(batch));
+        int refused = 0;
+        for (QByteArray line = client.line(); !line.isEmpty(); line = client.line()) {
+            const QJsonObject answer = QJsonDocument::fromJson(line).object();
+            QCOMPARE(answer.value("error").toObject().value("class").toString(), QString("BadRequest"));
+            QVERIFY2(answer.value("text").toString().contains("4194304 bytes"), line.constData());
+            ++refused;
+            if (answer.value("id").toInt() == 100) {
+                break;
+            }
+        }
+        QVERIFY2(refused > 10 && refused < 60, qPrintable(QString::number(refused)));
+        // What waits is still there to be cancelled.
+        QVERIFY(client.write("{\"id\":\"c\",\"cancel\":true}\n"));
+        int cancelled = 0;
+        for (QByteArray line = client.line(); !line.startsWith("{\"id\":\"c\""); line = client.line()) {
+            QVERIFY2(line.contains("\"text\":\"KO: cancelled\""), line.left(200).constData());
+            ++cancelled;
+        }
+        QCOMPARE(cancelled + refused, 101);
+    }
+
+    void aDroppedClientReadsTheNoticeLast()
+    {
+        const QString socket = startApp();
+        FdClient deaf;
+        QVERIFY(deaf.open(socket));
+        QByteArray lines;
+        for (int i = 1; i <= 150; ++i) {
+            lines += "{\"id\":" + QByteArray::number(i) + ",\"describe\":true}\n";
+        }
+        QVERIFY(deaf.write(lines));
+        QTRY_VERIFY_WITH_TIMEOUT(m_errors.contains("it is dropped"), 20000);
+        // It reads only long after the server gave up on it.
+        QTRY_VERIFY_WITH_TIMEOUT(deaf.peerClosed(), 10000);
+        const QList<QByteArray> all = deaf.linesToEnd();
+        QVERIFY(all.size() > 1 && deaf.atEnd());
+        for (const QByteArray &line : all) {
+            QVERIFY2(QJsonDocument::fromJson(line).isObject(), line.left(200).constData());
+        }
+        QVERIFY2(all.last().contains("it is dropped"), all.last().left(200).constData());
+    }
+
+    void eventsAndLogShareOneClock()
+    {
+        const QString socket = startApp();
+        FdClient client;
+        QVERIFY(client.open(socket));
+        QVERIFY(client.write("{\"id\":\"e\",\"events\":true}\n{\"id\":\"l\",\"log\":true}\n"));
+        QByteArray batch;
+        int id = 0;
+        for (int i = 0; i < 200; ++i) {
+            for (const char *line : {"setbatteryfuel,1,50", "call system reboot", "setbatteryfuel,1,60"}) {
+                batch += "{\"id\":" + QByteArray::number(++id) + ",\"line\":\"" + line + "\"}\n";
+            }
+        }
+        QVERIFY(client.write(batch));
+        QList<QByteArray> fuel;
+        QList<QByteArray> traces;
+        int answers = 0;
+        while (answers < id + 2 || traces.size() < 200) {
+            const QByteArray line = client.line();
+            QVERIFY2(!line.isEmpty(), qPrintable(QString("%1 answers, %2 traces").arg(answers).arg(traces.size())));
+            if (line.startsWith("{\"event\":\"fuelGaugeChanged\"")) {
+                fuel.append(line);
+            } else if (line.startsWith("{\"log\"") && line.contains("\"message\":\"stub called\"")) {
+                traces.append(line);
+            } else if (line.contains("\"id\":")) {
+                ++answers;
+            }
+        }
+        QCOMPARE(fuel.size(), 400);
+        // Merged by their stamps, the two streams keep the order in which things happened.
+        int disordered = 0;
+        for (int i = 0; i < 200; ++i) {
+            disordered +=
+                msOf(fuel.at(2 * i)) <= msOf(traces.at(i)) && msOf(traces.at(i)) <= msOf(fuel.at(2 * i + 1)) ? 0 : 1;
+        }
+        QCOMPARE(disordered, 0);
+    }
+
+    void pidGoesStraightToItsSocket()
+    {
+        const QString socket = startApp();
+        // A socket of another running application that counts who knocks and never greets.
+        QLocalServer other;
+        QVERIFY(
+            other.listen(QDir(socketFolder()).filePath(QString("other-%1").arg(QCoreApplication::applicationPid()))));
+        int knocks = 0;
+        connect(&other, &QLocalServer::newConnection, &other, [&] {
+            while (QLocalSocket *peer = other.nextPendingConnection()) {
+                ++knocks;
+                peer->setParent(&other);
+            }
+        });
+        const QString pid = QString::number(m_apps.last()->processId());
+        QCOMPARE(ctl({"--pid", pid, "get", "battery1", "fuelGauge"}).out, QString("OK 100\n"));
+        QCOMPARE(knocks, 0);
+        QCOMPARE(ctl({"--app", "example-app", "get", "battery1", "fuelGauge"}).out, QString("OK 100\n"));
+        QCOMPARE(knocks, 0);
+        // A pid with no socket is told with what runs.
+        const Run missing = ctl({"--pid", "1", "get", "system", "platform"});
+        QCOMPARE(missing.exitCode, 2);
+        QVERIFY2(missing.err.contains("no running application matches") && missing.err.contains(socket),
+            qPrintable(missing.err));
+        // list asks every socket.
+        QVERIFY(ctl({"list"}).out.contains(socket));
+        QVERIFY(knocks >= 1);
+    }
+
+    void clientsTrustNoOtherUsersServer()
+    {
+        if (::geteuid() != 0 || QStandardPaths::findExecutable("setpriv").isEmpty() ||
+            QStandardPaths::findExecutable("socat").isEmpty()) {
+            QSKIP("needs root, setpriv and socat to serve a socket as another user");
+        }
+        QTemporaryDir shared("/tmp/vantix-control-XXXXXX");
+        ::chmod(QFile::encodeName(shared.path()).constData(), 0777);
+        const QString path = shared.path() + "/app.sock";
+        const QString received = shared.path() + "/received";
+        // Another user's listener in the socket's place, greeting as an application would.
+        const QString greet =
+            "echo '{\"vantix\":{\"protocol\":1,\"pid\":1,\"application\":\"impostor\"}}'; cat > " + received;
+        QVERIFY(launch("setpriv",
+            {"--reuid=nobody", "--regid=nogroup", "--clear-groups", "socat", "UNIX-LISTEN:" + path + ",fork",
+                "SYSTEM:" + greet},
+            {}));
+        QTRY_VERIFY_WITH_TIMEOUT(QFileInfo::exists(path), 10000);
+        const Run run = ctl({"--socket", path, "setbatteryfuel,1,5"});
+        QCOMPARE(run.exitCode, 2);
+        QVERIFY2(run.err.contains(QString("uid %1").arg(QFileInfo(path).ownerId())), qPrintable(run.err));
+        QVERIFY(!readFile(received).contains("setbatteryfuel"));
     }
 
 private:

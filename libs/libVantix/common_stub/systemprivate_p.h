@@ -90,10 +90,19 @@ public:
     IDevicePtr bluetooth;
     IDevicePtr wifi;
 
-    /// Time since initialize(); what tools stamp events with.
-    qint64 elapsedMs() const { return started.isValid() ? started.elapsed() : 0; }
-    /// When initialize() ran, on the monotonic clock of QElapsedTimer::msecsSinceReference().
-    qint64 startedMs() const { return started.isValid() ? started.msecsSinceReference() : 0; }
+    /// Milliseconds from initialize() to @p moment (a started QElapsedTimer): the one clock tools
+    /// stamp events and log entries with, so that the two merge in the order things happened.
+    qint64 elapsedMsAt(const QElapsedTimer &moment) const
+    {
+        return started.isValid() && moment.isValid() ? started.msecsTo(moment) : 0;
+    }
+    /// Time since initialize().
+    qint64 elapsedMs() const
+    {
+        QElapsedTimer now;
+        now.start();
+        return elapsedMsAt(now);
+    }
 
 Q_SIGNALS:
     /**

@@ -15,6 +15,9 @@
 
 #include <utility>
 
+#include <sys/socket.h>
+#include <unistd.h>
+
 namespace VantixControl {
 
 namespace {
@@ -29,6 +32,7 @@ public:
         , q(q)
         , socket(new QLocalSocket(this))
     {
+        connect(socket, &QLocalSocket::connected, this, &ClientPrivate::checkPeer);
         connect(socket, &QLocalSocket::readyRead, this, &ClientPrivate::read);
         connect(socket, &QLocalSocket::disconnected, this,
             [this] { lost(QStringLiteral("the application closed the connection")); });
@@ -42,6 +46,27 @@ public:
             socket->abort();
             lost(QStringLiteral("no greeting from %1").arg(path));
         });
+    }
+
+    // Anyone who can write to the socket's folder could listen in the application's place.
+    void checkPeer()
+    {
+        struct ucred credentials = {};
+        socklen_t size = sizeof credentials;
+        const bool known =
+            ::getsockopt(int(socket->socketDescriptor()), SOL_SOCKET, SO_PEERCRED, &credentials, &size) == 0;
+        if (known && credentials.uid == ::geteuid()) {
+            return;
+        }
+        const QPointer<ClientPrivate> alive(this);
+        lost(known ? QStringLiteral("the server at %1 runs as another user (uid %2, not %3); it is not trusted")
+                         .arg(path)
+                         .arg(credentials.uid)
+                         .arg(::geteuid())
+                   : QStringLiteral("cannot tell which user serves %1; it is not trusted").arg(path));
+        if (alive) {
+            socket->abort();
+        }
     }
 
     void read()
@@ -223,10 +248,12 @@ Client::Application Client::applicationOf(const QJsonObject &greeting, const QSt
 
 void Client::findApplications(const std::function<void(const QList<Application> &)> &done, int timeoutMs)
 {
-    QString error;
-    const QString folder = SocketDirectory::path();
-    const QStringList sockets =
-        SocketDirectory::isTrusted(folder, &error) ? SocketDirectory::sockets(folder) : QStringList();
+    probeApplications(SocketDirectory::sockets(SocketDirectory::path()), done, timeoutMs);
+}
+
+void Client::probeApplications(
+    const QStringList &sockets, const std::function<void(const QList<Application> &)> &done, int timeoutMs)
+{
     if (sockets.isEmpty()) {
         // Answer later all the same: a caller may start its event loop only after asking.
         QTimer::singleShot(0, [done] { done({}); });

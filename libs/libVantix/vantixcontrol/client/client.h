@@ -21,6 +21,10 @@ struct Reply;
  * asynchronous; each request's callback runs once, with a failed reply if
  * the connection is lost first. vantix-ctl, vantix-panel and a user's own
  * test programs all use this one client.
+ *
+ * It talks only to a server of its own user: one run by another user (who
+ * may have put a socket where the application's was expected) is refused
+ * before anything is sent, with the message naming that user's uid.
  */
 class Client : public QObject
 {
@@ -66,6 +70,9 @@ public:
      * of processes that are gone are removed on the way.
      */
     static void findApplications(const std::function<void(const QList<Application> &)> &done, int timeoutMs = 1000);
+    /// The applications that answer at @p socketPaths, all asked at once; sorted by pid.
+    static void probeApplications(const QStringList &socketPaths,
+        const std::function<void(const QList<Application> &)> &done, int timeoutMs = 1000);
     static Application applicationOf(const QJsonObject &greeting, const QString &socketPath);
 
 Q_SIGNALS:

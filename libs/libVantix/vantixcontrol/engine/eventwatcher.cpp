@@ -1,348 +1,80 @@
 #include "eventwatcher_p.h"
 
-#include "devicenames_p.h"
-#include "reflection_p.h"
-#include "systemprivate_p.h"
-
-#include <vantix/system.h>
-
-#include <QMetaMethod>
-#include <QMetaProperty>
-#include <QRegularExpression>
-
-using namespace TQ_SPAPI;
-
 namespace VantixControl {
 
-/**
- * Receives every signal of one object. It has no meta-object of its own:
- * connections are made to method indexes past QObject's, which qt_metacall
- * turns back into the index of the signal that fired.
- */
-class SignalRelay : public QObject
-{
-public:
-    SignalRelay(EventWatcher *watcher, QObject *target)
-        : QObject(watcher)
-        , m_watcher(watcher)
-        , m_target(target)
-    {
-        const QMetaObject *metaObject = target->metaObject();
-        const int own = QObject::staticMetaObject.methodCount();
-        for (int i = own; i < metaObject->methodCount(); ++i) {
-            if (metaObject->method(i).methodType() == QMetaMethod::Signal) {
-                QMetaObject::connect(target, i, this, own + i, Qt::DirectConnection);
-            }
-        }
-    }
-
-    int qt_metacall(QMetaObject::Call call, int id, void **arguments) override
-    {
-        id = QObject::qt_metacall(call, id, arguments);
-        if (id < 0 || call != QMetaObject::InvokeMetaMethod) {
-            return id;
-        }
-        m_watcher->relay(m_target, id, arguments);
-        return -1;
-    }
-
-private:
-    EventWatcher *m_watcher;
-    QObject *m_target;
-};
-
-namespace {
-// A peer is best known by its bssid: the first constant text property that is set.
-QString identityOf(const QObject *object)
-{
-    for (const QMetaProperty &p : Reflection::properties(object->metaObject())) {
-        if (p.isConstant() && p.userType() == QMetaType::QString) {
-            const QString value = p.read(object).toString();
-            if (!value.isEmpty()) {
-                return value;
-            }
-        }
-    }
-    return QString();
-}
-
-bool isPlainPointer(int typeId)
-{
-    const QMetaType::TypeFlags complex =
-        QMetaType::NeedsConstruction | QMetaType::NeedsDestruction | QMetaType::IsEnumeration | QMetaType::IsGadget;
-    return typeId >= QMetaType::User && QMetaType::sizeOf(typeId) == int(sizeof(void *)) &&
-        !(QMetaType::typeFlags(typeId) & complex);
-}
-
-// Whether an object's properties may hold further objects.
-bool hasObjectProperties(const QMetaObject *metaObject)
-{
-    for (const QMetaProperty &p : Reflection::properties(metaObject)) {
-        if (ValueText::holdsObject(p.userType()) || isPlainPointer(p.userType())) {
-            return true;
-        }
-    }
-    return false;
-}
-} // namespace
-
-EventWatcher::EventWatcher(System *system, QObject *parent)
+EventWatcher::EventWatcher(TQ_SPAPI::System *system, QObject *parent)
     : QObject(parent)
-    , m_system(system)
-    , m_systemPrivate(system ? SystemPrivate::get(system) : nullptr)
+    , m_shared(SystemWatcher::of(system))
 {
 }
 
-EventWatcher::~EventWatcher() = default;
-
-bool EventWatcher::isInterfaceObject(const QObject *object)
+EventWatcher::~EventWatcher()
 {
-    static const QRegularExpression interfaceName(QStringLiteral("^I[A-Z][A-Za-z0-9]*$"));
-    return object && !qobject_cast<const IDevice *>(object) &&
-        interfaceName.match(Reflection::shortClassName(object)).hasMatch();
-}
-
-QString EventWatcher::aliasOf(const QObject *object)
-{
-    return Reflection::shortClassName(object).mid(1).toLower();
+    m_shared->removeListener(this);
 }
 
 void EventWatcher::start()
 {
-    if (m_started || !m_system) {
-        return;
+    if (!m_started) {
+        m_started = true;
+        m_before = m_shared->emissions();
     }
-    m_started = true;
-    watchFrom(m_system, QStringLiteral("System"), m_system);
-    for (const IDevicePtr &device : m_system->devices()) {
-        watch(device.data());
+}
+
+void EventWatcher::setReporting(bool reporting)
+{
+    m_reporting = reporting;
+    for (SystemWatcher *watcher : {m_shared.get(), m_own.get()}) {
+        if (watcher && reporting) {
+            watcher->addListener(this);
+        } else if (watcher) {
+            watcher->removeListener(this);
+        }
     }
-    // Before the queued deviceDetected: what happens right after plugging is shown too.
-    connect(m_systemPrivate, &SystemPrivate::devicePlugged, this,
-        [this](const IDevicePtr &device) { watch(device.data()); });
 }
 
 void EventWatcher::watch(QObject *object, const QString &name)
 {
-    watchFrom(object, name, object);
-}
-
-void EventWatcher::watchFrom(QObject *object, const QString &name, QObject *root)
-{
-    if (!object || m_entries.contains(object)) {
-        return;
-    }
-    Entry entry;
-    entry.fixedName = name;
-    entry.root = qobject_cast<IDevice *>(object) || object == m_system ? object : root;
-    if (name.isEmpty() && !qobject_cast<IDevice *>(object)) {
-        entry.serial = ++m_serials[Reflection::shortClassName(object)];
-    }
-    entry.relay = new SignalRelay(this, object);
-    entry.mayReach = hasObjectProperties(object->metaObject());
-    m_entries.insert(object, entry);
-    m_order.append(object);
-    connect(object, &QObject::destroyed, this, [this, object] { forget(object); });
-    const int watchedBefore = m_entries.size();
-    scanReachable(object, entry.root);
-    // An object that already has interface objects among its children may get more.
-    if (m_entries.size() > watchedBefore) {
-        m_entries[object].mayReach = true;
-    }
-}
-
-void EventWatcher::forget(QObject *object)
-{
-    const auto it = m_entries.find(object);
-    if (it == m_entries.end()) {
-        return;
-    }
-    if (!it->counts.isEmpty()) {
-        QHash<QByteArray, int> &past = m_pastEmissions[nameOf(object)];
-        for (auto count = it->counts.cbegin(); count != it->counts.cend(); ++count) {
-            past[object->metaObject()->method(count.key()).name()] += count.value();
+    if (!m_own) {
+        m_own = SystemWatcher::of(nullptr);
+        if (m_reporting) {
+            m_own->addListener(this);
         }
     }
-    delete it->relay;
-    m_entries.erase(it);
-    m_order.removeAll(object);
+    if (!m_shared->isWatched(object)) {
+        m_own->watch(object, name);
+    }
+}
+
+bool EventWatcher::isWatched(const QObject *object) const
+{
+    return m_shared->isWatched(object) || (m_own && m_own->isWatched(object));
 }
 
 QString EventWatcher::nameOf(const QObject *object) const
 {
-    const auto it = m_entries.constFind(object);
-    if (it == m_entries.constEnd()) {
-        return QString();
-    }
-    if (!it->fixedName.isEmpty()) {
-        return it->fixedName;
-    }
-    if (const auto *device = qobject_cast<const IDevice *>(object)) {
-        return DeviceNames::name(device->id());
-    }
-    if (it->root == m_system) {
-        return Reflection::shortClassName(object);
-    }
-    const QString identity = identityOf(object);
-    return identity.isEmpty() ? QStringLiteral("%1#%2").arg(Reflection::shortClassName(object)).arg(it->serial)
-                              : QStringLiteral("%1(%2)").arg(Reflection::shortClassName(object), identity);
+    const QString name = m_own ? m_own->nameOf(object) : QString();
+    return name.isEmpty() ? m_shared->nameOf(object) : name;
 }
 
 QObject *EventWatcher::find(const QString &name) const
 {
-    for (QObject *object : m_order) {
-        if (nameOf(object).compare(name, Qt::CaseInsensitive) == 0 ||
-            (isInterfaceObject(object) && aliasOf(object) == name.toLower())) {
-            return object;
-        }
-    }
-    return nullptr;
+    QObject *object = m_shared->find(name);
+    return object || !m_own ? object : m_own->find(name);
+}
+
+QList<QObject *> EventWatcher::objects() const
+{
+    return m_own ? m_shared->objects() + m_own->objects() : m_shared->objects();
 }
 
 int EventWatcher::emissions(const QString &objectName, const QByteArray &signal) const
 {
-    int count = m_pastEmissions.value(objectName).value(signal);
-    for (auto it = m_entries.cbegin(); it != m_entries.cend(); ++it) {
-        if (it->counts.isEmpty() || nameOf(it.key()) != objectName) {
-            continue;
-        }
-        const QMetaObject *metaObject = it.key()->metaObject();
-        for (auto c = it->counts.cbegin(); c != it->counts.cend(); ++c) {
-            if (metaObject->method(c.key()).name() == signal) {
-                count += c.value();
-            }
-        }
+    int count = m_shared->emissions().value(objectName).value(signal);
+    if (m_started) {
+        count -= m_before.value(objectName).value(signal);
     }
-    return count;
-}
-
-QObject *EventWatcher::knownObject(const void *address, QObject *root) const
-{
-    if (!address) {
-        return nullptr;
-    }
-    for (QObject *object : m_order) {
-        if (static_cast<const void *>(object) == address) {
-            return object;
-        }
-    }
-    const QList<QObject *> descendants = root ? root->findChildren<QObject *>() : QList<QObject *>();
-    for (QObject *object : descendants) {
-        if (static_cast<const void *>(object) == address) {
-            return object;
-        }
-    }
-    return nullptr;
-}
-
-// Everything an object leads to: QObjects held by its properties, and interface objects among its children.
-void EventWatcher::scanReachable(QObject *object, QObject *root)
-{
-    for (const QMetaProperty &p : Reflection::properties(object->metaObject())) {
-        const int typeId = p.userType();
-        if (!p.isReadable()) {
-            continue;
-        }
-        QObject *value = nullptr;
-        if (ValueText::holdsObject(typeId)) {
-            value = ValueText::objectOf(p.read(object));
-        } else if (isPlainPointer(typeId)) {
-            // A pointer Qt does not know for a QObject (a const model pointer) counts only
-            // when it is the address of an object known to be alive; it is never followed.
-            const QVariant held = p.read(object);
-            value = knownObject(*static_cast<const void *const *>(held.constData()), root);
-        }
-        if (value && !m_entries.contains(value)) {
-            watchFrom(value, nameOf(object) + QLatin1Char('.') + QString::fromLatin1(p.name()), root);
-        }
-    }
-    const QList<QObject *> children = object->findChildren<QObject *>();
-    for (QObject *child : children) {
-        if (isInterfaceObject(child) && !m_entries.contains(child)) {
-            watchFrom(child, QString(), root);
-        }
-    }
-}
-
-const EventWatcher::Method &EventWatcher::method(const QMetaObject *metaObject, int methodIndex)
-{
-    const auto key = qMakePair(metaObject, methodIndex);
-    auto it = m_methods.find(key);
-    if (it != m_methods.end()) {
-        return *it;
-    }
-    const QMetaMethod m = metaObject->method(methodIndex);
-    Method info;
-    info.rawName = m.name();
-    info.name = QString::fromLatin1(info.rawName);
-    const QList<QByteArray> types = m.parameterTypes();
-    const QList<QByteArray> names = m.parameterNames();
-    for (int i = 0; i < m.parameterCount(); ++i) {
-        Argument argument;
-        argument.name = QString::fromLatin1(names.at(i));
-        argument.typeId = m.parameterType(i);
-        argument.holdsObject = argument.typeId != QMetaType::UnknownType && ValueText::holdsObject(argument.typeId);
-        if (argument.typeId == QMetaType::UnknownType || argument.typeId >= QMetaType::User) {
-            argument.enumerator = ValueText::findEnum(types.at(i), metaObject);
-        }
-        info.arguments.append(argument);
-    }
-    return *m_methods.insert(key, info);
-}
-
-void EventWatcher::relay(QObject *sender, int methodIndex, void **arguments)
-{
-    auto entry = m_entries.find(sender);
-    if (entry == m_entries.end()) {
-        return;
-    }
-    ++entry->counts[methodIndex];
-    const Method &info = method(sender->metaObject(), methodIndex);
-    QObject *root = entry->root;
-    const bool senderReaches = entry->mayReach;
-
-    // Objects in the arguments are watched first, so that they appear under their watch names.
-    for (int i = 0; i < info.arguments.size(); ++i) {
-        if (info.arguments.at(i).holdsObject) {
-            if (QObject *object = ValueText::objectOf(QVariant(info.arguments.at(i).typeId, arguments[i + 1]))) {
-                // A detected device belongs to no one else; other objects belong to the sender's device.
-                watchFrom(object, QString(), qobject_cast<IDevice *>(object) ? object : root);
-            }
-        }
-    }
-    if (m_reporting) {
-        Event event;
-        event.ms = m_systemPrivate ? m_systemPrivate->elapsedMs() : 0;
-        event.object = nameOf(sender);
-        event.signal = info.name;
-        event.arguments.reserve(info.arguments.size());
-        for (int i = 0; i < info.arguments.size(); ++i) {
-            const Argument &a = info.arguments.at(i);
-            const void *data = arguments[i + 1];
-            EventArgument out;
-            out.name = a.name;
-            if (a.enumerator.isValid()) {
-                out.text = ValueText::enumText(a.enumerator, ValueText::readEnum(data, a.typeId));
-                out.value = out.text;
-            } else if (a.typeId == QMetaType::UnknownType || !data) {
-                out.text = QStringLiteral("(none)");
-            } else {
-                const QVariant value(a.typeId, data);
-                out.text = ValueText::format(value, QMetaEnum(), this);
-                out.value = ValueText::toJson(value, QMetaEnum(), this);
-            }
-            event.arguments.append(out);
-        }
-        Q_EMIT signalled(event);
-    }
-
-    if (senderReaches && sender != root && m_entries.contains(sender)) {
-        scanReachable(sender, root);
-    }
-    const auto rootEntry = m_entries.constFind(root);
-    if (rootEntry != m_entries.constEnd() && rootEntry->mayReach) {
-        scanReachable(root, root);
-    }
+    return m_own ? count + m_own->emissions().value(objectName).value(signal) : count;
 }
 
 } // namespace VantixControl

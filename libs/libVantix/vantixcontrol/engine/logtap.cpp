@@ -14,7 +14,7 @@ namespace {
 struct Subscriber
 {
     QPointer<QObject> receiver;
-    std::function<void(const LogEntry &)> sink;
+    LogTap::Sink sink;
 };
 
 struct Tap
@@ -61,10 +61,9 @@ void handler(QtMsgType type, const QMessageLogContext &context, const QString &m
         if (!t_copying && !t.subscribers.isEmpty()) {
             t_copying = true;
             LogEntry entry;
-            // On the monotonic clock; each session counts from its System's start.
+            // Each session stamps it from this moment, on the clock its events are stamped with.
             QElapsedTimer now;
             now.start();
-            entry.ms = now.msecsSinceReference();
             entry.type = QLatin1String(typeName(type));
             entry.category = QLatin1String(context.category ? context.category : "default");
             entry.function = QLatin1String(context.function ? context.function : "");
@@ -73,7 +72,7 @@ void handler(QtMsgType type, const QMessageLogContext &context, const QString &m
                 if (s.receiver) {
                     const auto sink = s.sink;
                     QMetaObject::invokeMethod(
-                        s.receiver, [sink, entry] { sink(entry); }, Qt::QueuedConnection);
+                        s.receiver, [sink, entry, now] { sink(entry, now); }, Qt::QueuedConnection);
                 }
             }
             t_copying = false;
@@ -85,7 +84,7 @@ void handler(QtMsgType type, const QMessageLogContext &context, const QString &m
 }
 } // namespace
 
-void LogTap::subscribe(QObject *receiver, std::function<void(const LogEntry &)> sink)
+void LogTap::subscribe(QObject *receiver, Sink sink)
 {
     Tap &t = tap();
     QMutexLocker lock(&t.mutex);

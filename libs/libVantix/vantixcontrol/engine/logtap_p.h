@@ -5,6 +5,7 @@
 
 #include <functional>
 
+class QElapsedTimer;
 class QObject;
 
 namespace VantixControl {
@@ -21,7 +22,9 @@ struct LogEntry;
  * only passes messages on.
  */
 namespace LogTap {
-VANTIX_PRIVATE_EXPORT void subscribe(QObject *receiver, std::function<void(const LogEntry &)> sink);
+/// The sink gets each entry with the moment it was logged, for the session to stamp it as it stamps events.
+using Sink = std::function<void(const LogEntry &entry, const QElapsedTimer &loggedAt)>;
+VANTIX_PRIVATE_EXPORT void subscribe(QObject *receiver, Sink sink);
 VANTIX_PRIVATE_EXPORT void unsubscribe(QObject *receiver);
 } // namespace LogTap
 

@@ -60,9 +60,9 @@ void SessionPrivate::setLogEnabled(bool enabled)
     }
     m_log = enabled;
     if (enabled) {
-        LogTap::subscribe(this, [this](const LogEntry &entry) {
+        LogTap::subscribe(this, [this](const LogEntry &entry, const QElapsedTimer &loggedAt) {
             LogEntry stamped = entry;
-            stamped.ms = system ? entry.ms - SystemPrivate::get(system)->startedMs() : 0;
+            stamped.ms = system ? SystemPrivate::get(system)->elapsedMsAt(loggedAt) : 0;
             Q_EMIT q->logged(stamped);
         });
     } else {

@@ -16,6 +16,8 @@ constexpr int Version = 1;
 constexpr int MaxLineBytes = 64 * 1024;
 /// What may wait unread for a client before it is dropped.
 constexpr qint64 MaxPendingBytes = 4 * 1024 * 1024;
+/// What the lines waiting to run for one client may hold in all, counted as the client sent them.
+constexpr qint64 MaxWaitingBytes = 4 * 1024 * 1024;
 
 /// The kinds of request; a request carries exactly one of their keys.
 enum class RequestKind {

@@ -105,6 +105,13 @@ QJsonObject Reply::toJson() const
 
 QByteArray Reply::toJsonLine(const QJsonValue &id) const
 {
+    QByteArray idText;
+    appendJson(idText, id);
+    return toJsonLineWithIdText(idText);
+}
+
+QByteArray Reply::toJsonLineWithIdText(const QByteArray &idText) const
+{
     // Written directly, keys in the order toJson() gives them: every answer passes here.
     QByteArray out;
     out.reserve(96);
@@ -117,7 +124,7 @@ QByteArray Reply::toJsonLine(const QJsonValue &id) const
         out.append("},");
     }
     out.append("\"id\":");
-    appendJson(out, id);
+    out.append(idText);
     out.append(ok ? ",\"ok\":true,\"text\":" : ",\"ok\":false,\"text\":");
     appendJsonString(out, rendered());
     if (ok && !type.isEmpty()) {

@@ -56,6 +56,8 @@ struct VANTIX_EXPORT Reply
     QJsonObject toJson() const;
     /// toJson() with the request's @p id, as one line of the protocol (no newline).
     QByteArray toJsonLine(const QJsonValue &id) const;
+    /// The same with the id as the client wrote it, JSON text carried back byte for byte.
+    QByteArray toJsonLineWithIdText(const QByteArray &idText) const;
     static Reply fromJson(const QJsonObject &object);
 };
 

@@ -1,30 +1,38 @@
 #include "controlconnection_p.h"
 
+#include "clientchannel_p.h"
 #include "event.h"
 #include "logging_p.h"
-#include <vantix/platformnames.h>
 #include "protocol.h"
 #include "reply.h"
+#include "requestid_p.h"
 #include "session.h"
 
+#include <vantix/platformnames.h>
 #include <vantix/system.h>
 #include <vantix/vantix_version.h>
 
 #include <QCoreApplication>
 #include <QJsonArray>
 #include <QJsonDocument>
-#include <QJsonObject>
-#include <QLocalSocket>
-#include <QPointer>
 #include <QTextCodec>
+
+#include <utility>
+
+#ifdef __GLIBC__
+#include <malloc.h>
+#endif
 
 using TQ_SPAPI::System;
 
 namespace VantixControl {
 
 namespace {
-// A client that does not read gets this long to take its last line.
+// A client that does not read gets this long to take what waits for it.
 constexpr int DropGraceMs = 2000;
+// Past this much waiting at once, the memory it took is handed back when it goes.
+constexpr qint64 ReleaseBytes = 1024 * 1024;
+const QByteArray NullId = QByteArrayLiteral("null");
 
 QByteArray greeting(System *system)
 {
@@ -46,33 +54,45 @@ bool isUtf8(const QByteArray &data)
     QTextCodec::codecForMib(106)->toUnicode(data.constData(), data.size(), &state);
     return state.invalidChars == 0 && state.remainingChars == 0;
 }
+
+// Whether @p text is one JSON value other than null.
+bool isJsonValue(const QByteArray &text)
+{
+    QJsonParseError error;
+    const QJsonDocument document = QJsonDocument::fromJson('[' + text + ']', &error);
+    return error.error == QJsonParseError::NoError && document.array().size() == 1 && !document.array().at(0).isNull();
+}
 } // namespace
 
-ControlConnection::ControlConnection(QLocalSocket *socket, System *system, QObject *parent)
+ControlConnection::ControlConnection(ClientChannel *channel, System *system, QObject *parent)
     : QObject(parent)
-    , m_socket(socket)
-    , m_session(new Session(system, this))
+    , m_channel(channel)
+    , m_system(system)
 {
-    if (m_socket) {
-        m_socket->setParent(this);
-        connect(m_socket, &QLocalSocket::readyRead, this, &ControlConnection::read);
-        connect(m_socket, &QLocalSocket::disconnected, this, &QObject::deleteLater);
+    if (m_channel) {
+        m_channel->setParent(this);
+        connect(m_channel, &ClientChannel::received, this, &ControlConnection::received);
+        connect(m_channel, &ClientChannel::inputEnded, this, [this] {
+            m_inputEnded = true;
+            closeIfDone();
+        });
+        connect(m_channel, &ClientChannel::gone, this, [this] {
+            // What runs for a client that has gone stops now, not when the connection is deleted.
+            if (m_session) {
+                m_session->cancel();
+            }
+            deleteLater();
+        });
     }
-    connect(m_session, &Session::event, this, [this](const Event &event) { write(event.toJsonLine()); });
-    connect(m_session, &Session::logged, this, [this](const LogEntry &entry) { write(entry.toJsonLine()); });
     m_dropTimer.setSingleShot(true);
     connect(&m_dropTimer, &QTimer::timeout, this, [this] {
-        if (m_socket) {
-            m_socket->abort();
+        if (m_channel) {
+            m_channel->cut();
         }
-        deleteLater();
     });
     qCDebug(lcControl) << "client connected";
     // Nothing else is sent until the client has spoken.
     write(greeting(system));
-    if (m_socket) {
-        read();
-    }
 }
 
 ControlConnection::~ControlConnection()
@@ -80,38 +100,47 @@ ControlConnection::~ControlConnection()
     // The session goes first, so that nothing it ends writes to a closed socket.
     delete m_session;
     m_session = nullptr;
+    m_waiting.clear();
+    releaseMemory();
     qCDebug(lcControl) << "client gone";
+}
+
+Session *ControlConnection::session()
+{
+    if (!m_session) {
+        m_session = new Session(m_system, this);
+        connect(m_session, &Session::event, this, [this](const Event &event) { write(event.toJsonLine()); });
+        connect(m_session, &Session::logged, this, [this](const LogEntry &entry) { write(entry.toJsonLine()); });
+    }
+    return m_session;
 }
 
 qint64 ControlConnection::pendingBytes() const
 {
-    return m_socket ? m_socket->bytesToWrite() : 0;
+    return m_channel ? m_channel->pendingBytes() : 0;
 }
 
-void ControlConnection::read()
+void ControlConnection::received(const QByteArray &data)
 {
-    while (m_socket && !m_dropped && m_socket->bytesAvailable() > 0) {
-        m_buffer += m_socket->read(Protocol::MaxLineBytes);
-        int newline;
-        while (!m_dropped && (newline = m_buffer.indexOf('\n')) >= 0) {
-            const QByteArray line = m_buffer.left(newline);
-            m_buffer.remove(0, newline + 1);
-            if (m_skipping) {
-                m_skipping = false;
-                continue;
-            }
+    m_splitter.append(data.constData(), data.size());
+    QByteArray line;
+    const QPointer<ControlConnection> alive(this);
+    while (alive && !m_dropped) {
+        const LineSplitter::Result result = m_splitter.next(&line);
+        if (result == LineSplitter::NeedMore) {
+            break;
+        }
+        if (result == LineSplitter::TooLong) {
+            refuse(NullId, tooLongMessage());
+        } else {
             handleLine(line);
         }
-        if (m_buffer.size() > Protocol::MaxLineBytes) {
-            // Refused once, the rest of the line is read and thrown away.
-            if (!m_skipping) {
-                refuse(QJsonValue(),
-                    QStringLiteral("a request line may hold at most %1 bytes").arg(Protocol::MaxLineBytes));
-            }
-            m_skipping = true;
-            m_buffer.clear();
-        }
     }
+}
+
+QString ControlConnection::tooLongMessage()
+{
+    return QStringLiteral("a request line may hold at most %1 bytes").arg(Protocol::MaxLineBytes);
 }
 
 ControlConnection::ParsedLine ControlConnection::parseLine(const QByteArray &rawLine)
@@ -121,16 +150,24 @@ ControlConnection::ParsedLine ControlConnection::parseLine(const QByteArray &raw
     if (line.endsWith('\r')) {
         line.chop(1);
     }
+    parsed.id = NullId;
+    // Over-long first: a line of blanks only is no exception.
+    if (line.size() > Protocol::MaxLineBytes) {
+        parsed.kind = ParsedLine::Refused;
+        parsed.error = tooLongMessage();
+        return parsed;
+    }
     if (line.trimmed().isEmpty()) {
         return parsed;
     }
     parsed.kind = ParsedLine::Refused;
-    if (line.size() > Protocol::MaxLineBytes) {
-        parsed.error = QStringLiteral("a request line may hold at most %1 bytes").arg(Protocol::MaxLineBytes);
-        return parsed;
-    }
     if (!isUtf8(line)) {
         parsed.error = QStringLiteral("a request line must be UTF-8");
+        // The id is answered with all the same when it can be read.
+        const QByteArray id = requestIdText(line);
+        if (isUtf8(id) && isJsonValue(id)) {
+            parsed.id = id;
+        }
         return parsed;
     }
     QJsonParseError error;
@@ -143,28 +180,37 @@ ControlConnection::ParsedLine ControlConnection::parseLine(const QByteArray &raw
         parsed.error = QStringLiteral("a request is a JSON object");
         return parsed;
     }
-    parsed.kind = ParsedLine::Request;
     parsed.request = document.object();
+    const QJsonValue id = parsed.request.value(QLatin1String("id"));
+    if (id.isUndefined() || id.isNull()) {
+        parsed.error = QStringLiteral("a request needs an id, which its answer carries back");
+        return parsed;
+    }
+    parsed.kind = ParsedLine::Request;
+    parsed.id = requestIdText(line);
+    if (parsed.id.isEmpty()) {
+        // Text the scan cannot follow (a byte-order mark before the object): the id as read.
+        appendJson(parsed.id, id);
+    }
     return parsed;
 }
 
 void ControlConnection::handleLine(const QByteArray &line)
 {
-    const ParsedLine parsed = parseLine(line);
+    handleParsed(parseLine(line), line.size());
+}
+
+void ControlConnection::handleParsed(const ParsedLine &parsed, int lineBytes)
+{
     if (parsed.kind == ParsedLine::Refused) {
-        refuse(QJsonValue(), parsed.error);
+        refuse(parsed.id, parsed.error);
     } else if (parsed.kind == ParsedLine::Request) {
-        handleRequest(parsed.request);
+        handleRequest(parsed.request, parsed.id, lineBytes);
     }
 }
 
-void ControlConnection::handleRequest(const QJsonObject &request)
+void ControlConnection::handleRequest(const QJsonObject &request, const QByteArray &id, int lineBytes)
 {
-    const QJsonValue id = request.value(QLatin1String("id"));
-    if (id.isUndefined() || id.isNull()) {
-        refuse(QJsonValue(), QStringLiteral("a request needs an id, which its answer carries back"));
-        return;
-    }
     using Protocol::RequestKind;
     const QStringList keys = Protocol::capabilities();
     int found = 0;
@@ -184,47 +230,80 @@ void ControlConnection::handleRequest(const QJsonObject &request)
             refuse(id, QStringLiteral("line is the text of one console command"));
             return;
         }
-        m_pending.append(id);
+        if (!m_waiting.isEmpty() && m_waitingBytes + lineBytes > Protocol::MaxWaitingBytes) {
+            refuse(id,
+                QStringLiteral("the lines waiting to run may hold %1 bytes at most; wait for their answers first")
+                    .arg(Protocol::MaxWaitingBytes));
+            return;
+        }
+        const quint64 serial = ++m_serial;
+        m_waiting.append({serial, id, lineBytes});
+        m_waitingBytes += lineBytes;
+        m_mostWaitingBytes = qMax(m_mostWaitingBytes, m_waitingBytes);
         const QPointer<ControlConnection> alive(this);
         // "cwd": the client's folder, which relative file names in the line are taken from.
         const QString cwd = request.value(QLatin1String("cwd")).toString();
-        m_session->execute(argument.toString(), cwd, [this, alive, id](const Reply &reply) {
+        session()->execute(argument.toString(), cwd, [this, alive, serial](const Reply &reply) {
             if (alive) {
-                m_pending.removeOne(id);
-                answer(id, reply);
+                answer(takeWaiting(serial), reply);
+                closeIfDone();
             }
         });
     } else if (kind == RequestKind::Describe) {
-        answer(id, Reply::success().withValue(QStringLiteral("schema"), m_session->describe()));
+        answer(id, Reply::success().withValue(QStringLiteral("schema"), session()->describe()));
     } else if (!argument.isBool()) {
         refuse(id, QStringLiteral("%1 takes true or false").arg(key));
     } else if (kind == RequestKind::Events) {
-        m_session->setEventsEnabled(argument.toBool());
+        if (m_session || argument.toBool()) {
+            session()->setEventsEnabled(argument.toBool());
+        }
         answer(id, Reply::success());
     } else if (kind == RequestKind::Log) {
-        m_session->setLogEnabled(argument.toBool());
+        if (m_session || argument.toBool()) {
+            session()->setLogEnabled(argument.toBool());
+        }
         answer(id, Reply::success());
     } else {
-        // What was running or waiting ends unanswered by the session: it is answered here.
         // "cancel": false cancels nothing, so what runs keeps its own, single answer.
         if (argument.toBool()) {
-            const QList<QJsonValue> cancelled = m_pending;
-            m_pending.clear();
-            m_session->cancel();
-            for (const QJsonValue &pendingId : cancelled) {
-                answer(pendingId, Reply::failure(ErrorClass::Failed, QStringLiteral("cancelled")));
-            }
+            cancelWaiting();
         }
         answer(id, Reply::success());
     }
 }
 
-void ControlConnection::answer(const QJsonValue &id, const Reply &reply)
+QByteArray ControlConnection::takeWaiting(quint64 serial)
 {
-    write(reply.toJsonLine(id));
+    for (int i = 0; i < m_waiting.size(); ++i) {
+        if (m_waiting.at(i).serial == serial) {
+            const Waiting taken = m_waiting.takeAt(i);
+            m_waitingBytes -= taken.bytes;
+            return taken.id;
+        }
+    }
+    return NullId;
 }
 
-void ControlConnection::refuse(const QJsonValue &id, const QString &message)
+void ControlConnection::cancelWaiting()
+{
+    // What was running or waiting ends unanswered by the session: it is answered here, in order.
+    const QList<Waiting> cancelled = std::exchange(m_waiting, {});
+    m_waitingBytes = 0;
+    if (m_session) {
+        m_session->cancel();
+    }
+    for (const Waiting &waiting : cancelled) {
+        answer(waiting.id, Reply::failure(ErrorClass::Failed, QStringLiteral("cancelled")));
+    }
+    releaseMemory();
+}
+
+void ControlConnection::answer(const QByteArray &id, const Reply &reply)
+{
+    write(reply.toJsonLineWithIdText(id));
+}
+
+void ControlConnection::refuse(const QByteArray &id, const QString &message)
 {
     answer(id, Reply::failure(ErrorClass::BadRequest, message));
 }
@@ -235,30 +314,51 @@ void ControlConnection::write(const QByteArray &line)
         return;
     }
     Q_EMIT lineWritten(line);
-    if (!m_socket) {
+    if (!m_channel) {
         return;
     }
-    m_socket->write(line);
-    m_socket->write("\n", 1);
-    if (m_socket->bytesToWrite() > Protocol::MaxPendingBytes) {
+    m_channel->write(line + '\n');
+    if (m_channel->pendingBytes() > Protocol::MaxPendingBytes) {
         drop(QStringLiteral("more than %1 bytes waited for this client to read them; it is dropped")
                  .arg(Protocol::MaxPendingBytes));
+    }
+}
+
+void ControlConnection::closeIfDone()
+{
+    // A client that ended its input is answered to the last line it sent, then let go.
+    if (m_inputEnded && m_waiting.isEmpty() && m_channel && !m_dropped) {
+        m_channel->closeWhenWritten();
     }
 }
 
 void ControlConnection::drop(const QString &reason)
 {
     qCWarning(lcControl).noquote() << "Control server:" << reason;
+    m_dropped = true;
+    m_waiting.clear();
+    m_waitingBytes = 0;
+    if (m_session) {
+        m_session->cancel();
+        m_session->setEventsEnabled(false);
+        m_session->setLogEnabled(false);
+    }
+    // What waits still goes out while the client reads; the notice comes last whatever it does.
     const QJsonObject last{{QStringLiteral("error"),
         QJsonObject{
             {QStringLiteral("class"), errorClassName(ErrorClass::Failed)}, {QStringLiteral("message"), reason}}}};
-    m_socket->write(QJsonDocument(last).toJson(QJsonDocument::Compact) + '\n');
-    m_dropped = true;
-    m_session->cancel();
-    m_session->setEventsEnabled(false);
-    m_session->setLogEnabled(false);
-    m_socket->disconnectFromServer();
+    m_channel->closeAfter(QJsonDocument(last).toJson(QJsonDocument::Compact) + '\n');
     m_dropTimer.start(DropGraceMs);
+}
+
+void ControlConnection::releaseMemory()
+{
+#ifdef __GLIBC__
+    // Freed lines would otherwise stay with the process, as heap the allocator keeps.
+    if (std::exchange(m_mostWaitingBytes, 0) > ReleaseBytes) {
+        ::malloc_trim(0);
+    }
+#endif
 }
 
 } // namespace VantixControl

@@ -1,19 +1,18 @@
 #include "controlserver_p.h"
 
+#include "channelpoller_p.h"
+#include "clientchannel_p.h"
 #include "controlconnection_p.h"
 #include "logging_p.h"
-#include "socketdirectory.h"
+#include "reply.h"
+#include "socketlistener_p.h"
 
 #include <vantix/system.h>
 
 #include <QCoreApplication>
 #include <QDir>
-#include <QFileInfo>
-#include <QLocalServer>
-#include <QLocalSocket>
 
 #include <sys/socket.h>
-#include <sys/stat.h>
 #include <unistd.h>
 
 using TQ_SPAPI::System;
@@ -22,24 +21,30 @@ namespace VantixControl {
 
 namespace {
 // The user at the other end of a connection, or -1 when it cannot be told.
-qint64 peerUid(qintptr descriptor)
+qint64 peerUid(int descriptor)
 {
     struct ucred credentials = {};
     socklen_t size = sizeof credentials;
-    if (::getsockopt(int(descriptor), SOL_SOCKET, SO_PEERCRED, &credentials, &size) != 0) {
+    if (::getsockopt(descriptor, SOL_SOCKET, SO_PEERCRED, &credentials, &size) != 0) {
         return -1;
     }
     return credentials.uid;
 }
 
-// Whether a server answers at @p path; a socket file nobody answers is a leftover.
-bool isServing(const QString &path)
+int maxClientsSetting()
 {
-    QLocalSocket probe;
-    probe.connectToServer(path);
-    const bool serving = probe.state() == QLocalSocket::ConnectedState || probe.waitForConnected(0);
-    probe.abort();
-    return serving;
+    const QByteArray setting = qgetenv("VANTIX_CONTROL_MAX_CLIENTS");
+    if (setting.isEmpty()) {
+        return ControlServer::DefaultMaxClients;
+    }
+    bool ok = false;
+    const int value = setting.toInt(&ok);
+    if (!ok || value <= 0) {
+        qCWarning(lcControl).noquote() << "Control server: VANTIX_CONTROL_MAX_CLIENTS must be a positive number, not"
+                                       << setting << "; it serves at most" << ControlServer::DefaultMaxClients;
+        return ControlServer::DefaultMaxClients;
+    }
+    return value;
 }
 } // namespace
 
@@ -49,27 +54,24 @@ ControlServer *ControlServer::start(System *system, QObject *parent)
     if (setting == QLatin1String("off")) {
         return nullptr;
     }
-    QString path;
+    QString folder;
+    QString name;
+    auto mode = SocketDirectory::Folder::Mode::Create;
     if (setting.isEmpty()) {
-        const QString folder = SocketDirectory::path();
-        QString error;
-        if (!SocketDirectory::prepare(folder, &error)) {
-            qCWarning(lcControl).noquote() << "Control server off:" << error;
-            return nullptr;
-        }
-        // Leftovers of processes that are gone; one may even carry this process's number.
-        SocketDirectory::sockets(folder);
-        path = QDir(folder).filePath(
-            SocketDirectory::socketName(QCoreApplication::applicationName(), QCoreApplication::applicationPid()));
+        folder = SocketDirectory::path();
+        name = SocketDirectory::socketName(QCoreApplication::applicationName(), QCoreApplication::applicationPid());
     } else if (QDir::isAbsolutePath(setting)) {
-        path = setting;
+        const QString path = QDir::cleanPath(setting);
+        folder = path.section(QLatin1Char('/'), 0, -2, QString::SectionIncludeLeadingSep);
+        name = path.section(QLatin1Char('/'), -1);
+        mode = SocketDirectory::Folder::Mode::Unchecked;
     } else {
         qCWarning(lcControl).noquote() << "Control server off: VANTIX_CONTROL must be \"off\" or an absolute path, not"
                                        << setting;
         return nullptr;
     }
     auto *server = new ControlServer(system, parent);
-    if (!server->listen(path)) {
+    if (!server->listen(folder.isEmpty() ? QStringLiteral("/") : folder, mode, name)) {
         delete server;
         return nullptr;
     }
@@ -79,57 +81,65 @@ ControlServer *ControlServer::start(System *system, QObject *parent)
 ControlServer::ControlServer(System *system, QObject *parent)
     : QObject(parent)
     , m_system(system)
-    , m_server(new QLocalServer(this))
+    , m_listener(new SocketListener(this))
+    , m_maxClients(maxClientsSetting())
 {
-    // Only this user may connect: the socket itself, besides the folder and the peer check.
-    m_server->setSocketOptions(QLocalServer::UserAccessOption);
-    connect(m_server, &QLocalServer::newConnection, this, &ControlServer::accept);
-    // Connections made before wait in the server's queue until then.
+    m_listener->setRefusal(
+        Reply::failure(ErrorClass::Failed,
+            QStringLiteral("the application has no file descriptor to spare for another client; try again later"))
+            .toJsonLine(QJsonValue()) +
+        '\n');
+    connect(m_listener, &SocketListener::pending, this, &ControlServer::accept);
+    // Connections made before wait in the socket's backlog until then.
     connect(system, &System::apiReady, this, [this] {
         m_ready = true;
-        accept();
+        m_listener->setAccepting(true);
     });
 }
 
 ControlServer::~ControlServer()
 {
     // Clients first: their sessions act on the System that goes next.
-    qDeleteAll(findChildren<ControlConnection *>(QString(), Qt::FindDirectChildrenOnly));
-    m_server->close();
+    const QList<ControlConnection *> connections =
+        findChildren<ControlConnection *>(QString(), Qt::FindDirectChildrenOnly);
+    for (ControlConnection *connection : connections) {
+        connection->disconnect(this);
+        delete connection;
+    }
+    delete m_listener;
+    delete m_poller;
 }
 
-bool ControlServer::listen(const QString &path)
+bool ControlServer::listen(const QString &folder, SocketDirectory::Folder::Mode mode, const QString &name)
 {
-    if (QFileInfo::exists(path) || QFileInfo(path).isSymLink()) {
-        struct stat info = {};
-        if (::lstat(QFile::encodeName(path).constData(), &info) != 0 || !S_ISSOCK(info.st_mode) ||
-            info.st_uid != ::geteuid()) {
-            qCWarning(lcControl).noquote() << "Control server off:" << path << "exists and is not a socket of ours";
-            return false;
-        }
-        if (isServing(path)) {
-            qCWarning(lcControl).noquote() << "Control server off: another application serves" << path;
-            return false;
-        }
-        QLocalServer::removeServer(path);
-    }
-    if (!m_server->listen(path)) {
-        qCWarning(lcControl).noquote() << "Control server off: cannot listen at" << path << ":"
-                                       << m_server->errorString();
+    QString error;
+    if (!m_folder.open(folder, mode, &error)) {
+        qCWarning(lcControl).noquote() << "Control server off:" << error;
         return false;
     }
-    qCDebug(lcControl).noquote() << "Control server at" << m_server->fullServerName();
+    if (mode != SocketDirectory::Folder::Mode::Unchecked) {
+        // Leftovers of processes that are gone; one may even carry this process's number.
+        m_folder.sockets();
+    }
+    if (!m_listener->listen(&m_folder, name, &error)) {
+        qCWarning(lcControl).noquote() << "Control server off:" << error;
+        return false;
+    }
+    qCDebug(lcControl).noquote() << "Control server at" << m_listener->path();
     return true;
 }
 
 QString ControlServer::socketPath() const
 {
-    return m_server->fullServerName();
+    return m_listener->path();
 }
 
-int ControlServer::clientCount() const
+void ControlServer::turnAway(int descriptor, const QString &message)
 {
-    return findChildren<ControlConnection *>(QString(), Qt::FindDirectChildrenOnly).size();
+    const QByteArray line = Reply::failure(ErrorClass::BadRequest, message).toJsonLine(QJsonValue()) + '\n';
+    ::send(descriptor, line.constData(), size_t(line.size()), MSG_DONTWAIT | MSG_NOSIGNAL);
+    ::shutdown(descriptor, SHUT_RDWR);
+    ::close(descriptor);
 }
 
 void ControlServer::accept()
@@ -137,20 +147,26 @@ void ControlServer::accept()
     if (!m_ready) {
         return;
     }
-    while (QLocalSocket *socket = m_server->nextPendingConnection()) {
-        const qint64 uid = peerUid(socket->socketDescriptor());
+    for (int fd = m_listener->next(); fd >= 0; fd = m_listener->next()) {
+        const qint64 uid = peerUid(fd);
         if (uid != qint64(::geteuid())) {
             qCWarning(lcControl) << "Control server: refused a connection of uid" << uid;
-            socket->abort();
-            socket->deleteLater();
-            continue;
+            ::close(fd);
+        } else if (!m_system) {
+            ::close(fd);
+        } else if (m_clients >= m_maxClients) {
+            turnAway(fd,
+                QStringLiteral("the application serves at most %1 clients at a time (VANTIX_CONTROL_MAX_CLIENTS)")
+                    .arg(m_maxClients));
+        } else {
+            // Made for the first client: an application nobody drives carries none of it.
+            if (!m_poller) {
+                m_poller = new ChannelPoller(this);
+            }
+            auto *connection = new ControlConnection(new ClientChannel(fd, m_poller), m_system, this);
+            ++m_clients;
+            connect(connection, &QObject::destroyed, this, [this] { --m_clients; });
         }
-        if (!m_system) {
-            socket->abort();
-            socket->deleteLater();
-            continue;
-        }
-        new ControlConnection(socket, m_system, this);
     }
 }
 

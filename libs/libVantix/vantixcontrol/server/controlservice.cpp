@@ -22,7 +22,8 @@ class ControlService : public SystemObserver
 public:
     void systemInitialized(SystemPrivate *system) override
     {
-        if (ControlServer *server = ControlServer::start(system->q, system)) {
+        // Outside the System's object tree: sessions search that tree, and must not meet the clients there.
+        if (ControlServer *server = ControlServer::start(system->q, nullptr)) {
             m_servers.insert(system, server);
         }
     }

@@ -1,12 +1,31 @@
-#include "appselector.h"
+#include "selector.h"
+
+#include <vantixcontrol/protocol/socketdirectory.h>
 
 #include <QCommandLineOption>
 #include <QCommandLineParser>
-#include <QStringList>
 
-using VantixControl::Client;
+namespace VantixControl {
 
-QList<QCommandLineOption> AppSelector::options()
+namespace {
+QString noneRunning()
+{
+    return QStringLiteral("no application that uses Vantix is running (or VANTIX_CONTROL is off in it)");
+}
+
+// Tells why nothing matched, with what does run.
+void explainNoMatch(const QStringList &sockets, const std::function<void(const QString &, const QString &)> &done)
+{
+    Client::probeApplications(sockets, [done](const QList<Client::Application> &running) {
+        done(QString(),
+            running.isEmpty() ? noneRunning()
+                              : QStringLiteral("no running application matches; running:\n") +
+                    Selector::table(running).join(QLatin1Char('\n')));
+    });
+}
+} // namespace
+
+QList<QCommandLineOption> Selector::options()
 {
     return {QCommandLineOption(
                 QStringLiteral("pid"), QStringLiteral("The application with this process id."), QStringLiteral("pid")),
@@ -16,7 +35,7 @@ QList<QCommandLineOption> AppSelector::options()
             QStringLiteral("socket"), QStringLiteral("The application serving this socket."), QStringLiteral("path"))};
 }
 
-bool AppSelector::fromParser(const QCommandLineParser &parser, AppSelector *selector, QString *error)
+bool Selector::fromParser(const QCommandLineParser &parser, Selector *selector, QString *error)
 {
     selector->name = parser.value(QStringLiteral("app"));
     selector->socketPath = parser.value(QStringLiteral("socket"));
@@ -31,7 +50,7 @@ bool AppSelector::fromParser(const QCommandLineParser &parser, AppSelector *sele
     return true;
 }
 
-QStringList AppSelector::table(const QList<Client::Application> &applications)
+QStringList Selector::table(const QList<Client::Application> &applications)
 {
     QStringList lines{QStringLiteral("%1 %2 %3 %4")
                           .arg(QStringLiteral("PID"), -8)
@@ -45,14 +64,33 @@ QStringList AppSelector::table(const QList<Client::Application> &applications)
     return lines;
 }
 
-void AppSelector::resolve(const std::function<void(const QString &, const QString &)> &done) const
+void Selector::resolve(const std::function<void(const QString &, const QString &)> &done) const
 {
     if (!socketPath.isEmpty()) {
         done(socketPath, QString());
         return;
     }
-    const AppSelector wanted = *this;
-    Client::findApplications([wanted, done](const QList<Client::Application> &applications) {
+    const QStringList sockets = SocketDirectory::sockets(SocketDirectory::path());
+    // The socket names tell pid and name: only those that may match are asked.
+    QStringList candidates;
+    for (const QString &path : sockets) {
+        const qint64 socketPid = SocketDirectory::pidOf(path);
+        if ((pid < 0 || socketPid == pid) &&
+            (name.isEmpty() || path.section(QLatin1Char('/'), -1) == SocketDirectory::socketName(name, socketPid))) {
+            candidates.append(path);
+        }
+    }
+    if (pid > 0 && candidates.size() == 1) {
+        // Its greeting, read on connecting, is proof enough.
+        done(candidates.first(), QString());
+        return;
+    }
+    if (candidates.isEmpty()) {
+        explainNoMatch(sockets, done);
+        return;
+    }
+    const Selector wanted = *this;
+    Client::probeApplications(candidates, [wanted, sockets, done](const QList<Client::Application> &applications) {
         QList<Client::Application> matching;
         for (const Client::Application &a : applications) {
             if ((wanted.pid < 0 || a.pid == wanted.pid) && (wanted.name.isEmpty() || a.name == wanted.name)) {
@@ -62,11 +100,7 @@ void AppSelector::resolve(const std::function<void(const QString &, const QStrin
         if (matching.size() == 1) {
             done(matching.first().socketPath, QString());
         } else if (matching.isEmpty()) {
-            done(QString(),
-                applications.isEmpty()
-                    ? QStringLiteral("no application that uses Vantix is running (or VANTIX_CONTROL is off in it)")
-                    : QStringLiteral("no running application matches; running:\n") +
-                        table(applications).join(QLatin1Char('\n')));
+            explainNoMatch(sockets, done);
         } else {
             done(QString(),
                 QStringLiteral("%1 applications match; choose one with --pid or --app:\n").arg(matching.size()) +
@@ -74,3 +108,5 @@ void AppSelector::resolve(const std::function<void(const QString &, const QStrin
         }
     });
 }
+
+} // namespace VantixControl
