@@ -49,8 +49,8 @@ private Q_SLOTS:
     {
         QTest::addColumn<QString>("file");
         QTest::addColumn<QString>("platform");
-        for (const char *row :
-            {"low-battery-shutdown tolvex", "network-loss-recovery tolvex-plus", "usb-stick-hotplug tolvex-plus"}) {
+        for (const char *row : {"low-battery-shutdown tolvex", "network-loss-recovery tolvex-plus",
+                 "usb-stick-hotplug tolvex-plus", "battery-discharge tolvex", "wifi-fade tolvex"}) {
             const QStringList parts = QString(row).split(' ');
             QTest::newRow(row) << parts.at(0) + ".vsim" << parts.at(1);
         }

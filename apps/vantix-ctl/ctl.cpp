@@ -6,11 +6,13 @@
 #include "linereader.h"
 
 #include <vantixcontrol/protocol/event.h>
+#include <vantixcontrol/protocol/protocol.h>
 #include <vantixcontrol/protocol/reply.h>
 #include <vantixcontrol/client/scriptrunner.h>
 
 #include <QCoreApplication>
 #include <QFile>
+#include <QFileInfo>
 #include <QJsonArray>
 #include <QJsonDocument>
 
@@ -113,6 +115,8 @@ void Ctl::connected()
                 return;
             }
             lines = QString::fromUtf8(file.readAll()).split(QLatin1Char('\n'));
+            // A scenario's files (a feed's CSV) lie beside it, wherever it is run from.
+            m_folder = QFileInfo(file).absolutePath();
         }
         runScript(lines, m_options.script, fromStdin);
         break;
@@ -134,8 +138,14 @@ void Ctl::connected()
 
 void Ctl::execute(const QString &line, const Client::Done &done)
 {
-    // The client sends this folder along: the application takes file names from it.
-    m_client.execute(line, done);
+    // The client sends this folder along, or the script's: the application takes file names from it.
+    if (m_folder.isEmpty()) {
+        m_client.execute(line, done);
+        return;
+    }
+    m_client.request(
+        QJsonObject{{Protocol::requestKey(Protocol::RequestKind::Line), line}, {QStringLiteral("cwd"), m_folder}},
+        done);
 }
 
 void Ctl::showReply(const Reply &reply)

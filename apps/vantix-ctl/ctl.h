@@ -65,6 +65,8 @@ private:
     QTextStream m_out;
     ConsolePrinter m_printer;
     VantixControl::ScriptRunner *m_runner = nullptr;
+    /// The folder of the script file being run, which its relative file names are taken from.
+    QString m_folder;
     bool m_finished = false;
 };
 
