@@ -225,9 +225,15 @@ void DeviceOperations::restoreWritable(QObject *object, const SavedObject &saved
     }
 }
 
-QString DeviceOperations::whyNotSettable(const QObject *object, const QByteArray &property)
+QString DeviceOperations::whyNotSettable(const QObject *object, const SavedObject &saved, const QByteArray &property)
 {
-    if (overrideOf(object, property) || isLedProperty(object, property)) {
+    if (isLedProperty(object, property)) {
+        const SavedValue *mode = saved.value("mode");
+        return mode && ValueText::enumValue(mode->value) == ILed::LED_DEFAULT
+            ? QStringLiteral("an LED that has been switched never returns to LED_DEFAULT")
+            : QString();
+    }
+    if (overrideOf(object, property)) {
         return QString();
     }
     const int index = object->metaObject()->indexOfProperty(property.constData());

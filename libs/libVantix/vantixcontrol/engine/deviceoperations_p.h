@@ -33,8 +33,8 @@ void restore(TQ_SPAPI::System *system, TQ_SPAPI::IDevice *device, const SavedDev
 /// Sets the writable properties of @p object that differ from @p saved.
 void restoreWritable(QObject *object, const SavedObject &saved, RestoreWork *work);
 
-/// Why no operation sets @p property of @p object, or empty when one does.
-QString whyNotSettable(const QObject *object, const QByteArray &property);
+/// Why no operation sets @p property of @p object to its value in @p saved, or empty when one does.
+QString whyNotSettable(const QObject *object, const SavedObject &saved, const QByteArray &property);
 /// Whether a difference in @p property is a mark the setting operations leave themselves (a counter).
 bool isMark(const QObject *object, const QByteArray &property);
 /// Why no operation sets (@p wanted) or clears @p bit in @p device's status, or empty when one does.

@@ -70,7 +70,7 @@ void valueDifferences(const QObject *object, const SavedObject &saved, QVector<R
         difference.what = saved.name + QLatin1Char('.') + QString::fromLatin1(value.name);
         difference.now = current->text;
         difference.saved = value.text;
-        difference.why = DeviceOperations::whyNotSettable(object, value.name);
+        difference.why = DeviceOperations::whyNotSettable(object, saved, value.name);
         difference.mark = DeviceOperations::isMark(object, value.name);
         differences->append(difference);
     }
