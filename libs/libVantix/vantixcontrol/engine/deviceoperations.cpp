@@ -202,7 +202,11 @@ void DeviceOperations::restore(System *system, IDevice *device, const SavedDevic
         restoreLed(led, saved, work);
     }
     restoreWritable(device, saved, work);
-    restoreStatus(system, device, saved, work);
+    // A status still on its way (a device just plugged) is looked at again once it has arrived.
+    const DevicePrivate *d = DevicePrivate::get(device);
+    if (!d || !d->hasPendingAbilities()) {
+        restoreStatus(system, device, saved, work);
+    }
 }
 
 void DeviceOperations::restoreWritable(QObject *object, const SavedObject &saved, RestoreWork *work)
