@@ -79,7 +79,7 @@ install(CODE "
 install(FILES ${PROJECT_BINARY_DIR}/vantix.pc DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig COMPONENT dev)
 
 install(DIRECTORY ${PROJECT_SOURCE_DIR}/examples/scenarios/ DESTINATION ${CMAKE_INSTALL_DATADIR}/vantix/scenarios
-    COMPONENT tools FILES_MATCHING PATTERN "*.vsim")
+    COMPONENT tools FILES_MATCHING PATTERN "*.vsim" PATTERN "*.csv")
 
 # Man pages, made at build time by help2man from each program's --help and
 # --version, so that the options on the page are the program's own; the other

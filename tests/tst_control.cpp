@@ -427,6 +427,8 @@ private Q_SLOTS:
         QTest::newRow("low battery") << scenario("low-battery-shutdown") << "tolvex";
         QTest::newRow("network") << scenario("network-loss-recovery") << "tolvex-plus";
         QTest::newRow("usb stick") << scenario("usb-stick-hotplug") << "tolvex-plus";
+        QTest::newRow("battery discharge") << scenario("battery-discharge") << "tolvex";
+        QTest::newRow("wifi fade") << scenario("wifi-fade") << "tolvex";
     }
 
     void scenariosRunAgainstTheApplication()
@@ -440,6 +442,14 @@ private Q_SLOTS:
         QVERIFY(!run.out.contains("KO:"));
         if (file.contains("low-battery")) {
             QVERIFY(m_output.contains("example-app: battery empty, powering off"));
+        }
+        if (file.contains("battery-discharge")) {
+            // The application followed the curve and shut down at its own threshold, before the story's call.
+            const int knee = m_output.indexOf("example-app: battery at 12 %");
+            const int critical = m_output.indexOf("example-app: battery critical, saving work");
+            const int empty = m_output.indexOf("example-app: battery empty, powering off");
+            QVERIFY2(knee > 0 && knee < critical && critical < empty, qPrintable(m_output));
+            QCOMPARE(m_output.count("example-app: battery empty"), 1);
         }
     }
 

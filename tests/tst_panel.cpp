@@ -18,6 +18,7 @@
 #include "peripheralspage.h"
 #include "powerpage.h"
 #include "propertyeditor.h"
+#include "resethardware.h"
 #include "simlauncher.h"
 #include "storagepage.h"
 #include "wifidirectpage.h"
@@ -158,6 +159,7 @@ private Q_SLOTS:
     void recordingShowsWhileItRuns();
     void scenarioShowsPassOrFail();
     void layoutFitsAn800x600Window();
+    void resetHardwareShowsItsOutcome();
     void lostApplicationGreysOut();
     void newInstanceIsAttached();
     void startedSimulatorEndsWithThePanel();
@@ -726,6 +728,53 @@ void TestPanel::layoutFitsAn800x600Window()
     QCOMPARE(m_window->size(), QSize(800, 600));
     m_window->resize(before);
     m_window->setCurrentPage(QStringLiteral("power"));
+}
+
+void TestPanel::resetHardwareShowsItsOutcome()
+{
+    // A simulator of its own: the shared one has had its LED switched.
+    QTemporaryDir root;
+    Simulator sim;
+    QVERIFY(sim.start(root.path()));
+    PanelWindow window;
+    window.resize(800, 600);
+    window.show();
+    QSignalSpy attached(window.session(), &PanelSession::attached);
+    window.attach(sim.socket);
+    QVERIFY(attached.wait(5000));
+    auto *reset = window.findChild<ResetHardware *>();
+    QVERIFY(reset && reset->button()->isEnabled());
+    const auto run = [&window](const QString &line) {
+        bool ok = false;
+        bool done = false;
+        window.session()->run(line, [&](const Reply &reply) {
+            ok = reply.ok;
+            done = true;
+        });
+        return QTest::qWaitFor([&] { return done; }, 5000) && ok;
+    };
+
+    QVERIFY(run(QStringLiteral("addbattery,2")) && run(QStringLiteral("setbatteryfuel,1,30")));
+    reset->button()->click();
+    QVERIFY(!reset->button()->isEnabled());
+    QTRY_VERIFY(reset->button()->isEnabled());
+    QCOMPARE(reset->outcome(), QStringLiteral("Done: the state after apiReady restored: 1 unplugged, 1 set"));
+    QVERIFY(!reset->failed());
+    QVERIFY(!run(QStringLiteral("get battery2 fuelGauge")));
+
+    // What no operation can set, named beside the button; the window keeps its width.
+    QVERIFY(run(QStringLiteral("call ledpower setFlash red 100 100")));
+    const int width = window.width();
+    reset->button()->click();
+    QTRY_VERIFY(reset->button()->isEnabled());
+    QVERIFY(reset->failed());
+    QVERIFY2(reset->outcome().startsWith(
+                 QLatin1String("Failed: the state after apiReady not restored: ID_LED_POWER.mode, ID_LED_POWER.color")),
+        qPrintable(reset->outcome()));
+    QCOMPARE(window.width(), width);
+
+    sim.kill();
+    QTRY_VERIFY(!reset->button()->isEnabled());
 }
 
 void TestPanel::lostApplicationGreysOut()

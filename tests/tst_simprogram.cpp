@@ -49,8 +49,8 @@ private Q_SLOTS:
     {
         QTest::addColumn<QString>("file");
         QTest::addColumn<QString>("platform");
-        for (const char *row :
-            {"low-battery-shutdown tolvex", "network-loss-recovery tolvex-plus", "usb-stick-hotplug tolvex-plus"}) {
+        for (const char *row : {"low-battery-shutdown tolvex", "network-loss-recovery tolvex-plus",
+                 "usb-stick-hotplug tolvex-plus", "battery-discharge tolvex", "wifi-fade tolvex"}) {
             const QStringList parts = QString(row).split(' ');
             QTest::newRow(row) << parts.at(0) + ".vsim" << parts.at(1);
         }
@@ -64,6 +64,45 @@ private Q_SLOTS:
         QVERIFY2(run.exitCode == 0, qPrintable(run.out + run.err));
         QVERIFY(!run.out.contains("KO:"));
         QVERIFY(run.out.contains("\n> expect "));
+    }
+
+    // Under libfaketime the feed's rows keep their times on the application's
+    // clock, which runs a hundred times faster than the wall's.
+    void feedUnderFakedTime()
+    {
+        const QString faketime = "/usr/lib/x86_64-linux-gnu/faketime/libfaketime.so.1";
+        if (!QFileInfo::exists(faketime)) {
+            QSKIP("libfaketime is not installed (Debian package faketime)");
+        }
+        QVERIFY(writeFile(QDir(m_root->path()).filePath("slow.csv"), "0,100\n5000,50\n10000,5\n"));
+        // The current's change is stamped before the feed starts: no row may come sooner after it than its time.
+        const QString script = writeScript(
+            "setbatterycurrent,1,1\nfeed battery1 setbatteryfuel,1 slow.csv\nexpect battery1 fuelGauge 5\n");
+        // A preloaded library trips AddressSanitizer's check that it comes first.
+        const QString asan = qEnvironmentVariable("ASAN_OPTIONS");
+        QElapsedTimer wall;
+        wall.start();
+        const Run run = sim({"--platform", "tolvex", "--script", script}, QByteArray(),
+            {{"LD_PRELOAD", faketime}, {"FAKETIME", "+0 x100"}, {"FAKETIME_DONT_FAKE_MONOTONIC", "0"},
+                {"ASAN_OPTIONS", asan + (asan.isEmpty() ? "" : ":") + "verify_asan_link_order=0"}});
+        QVERIFY2(run.exitCode == 0, qPrintable(run.out + run.err));
+        QVERIFY(run.out.contains("OK 3 values over 10000 ms"));
+        QVERIFY2(wall.elapsed() < 10000, qPrintable(QString::number(wall.elapsed())));
+        // The events' times are the application's clock, which the feed keeps to: never early.
+        QMap<int, qint64> stamps;
+        const QRegularExpression event(R"(\[\s*(\d+) ms\] ID_BATTERY_1ST (fuelGauge|current)Changed newValue=(\d+))");
+        for (auto match = event.globalMatch(run.out); match.hasNext();) {
+            const QRegularExpressionMatch m = match.next();
+            stamps.insert(m.captured(2) == "current" ? -1 : m.captured(3).toInt(), m.captured(1).toLongLong());
+        }
+        QCOMPARE(stamps.keys(), (QList<int>{-1, 5, 50, 100}));
+        const QString times = QString("%1 %2 %3 %4")
+                                  .arg(stamps.value(-1))
+                                  .arg(stamps.value(100))
+                                  .arg(stamps.value(50))
+                                  .arg(stamps.value(5));
+        QVERIFY2(stamps.value(50) - stamps.value(-1) >= 5000, qPrintable(times));
+        QVERIFY2(stamps.value(5) - stamps.value(-1) >= 10000, qPrintable(times));
     }
 
     void scripts_data()

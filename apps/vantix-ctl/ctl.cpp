@@ -11,6 +11,7 @@
 
 #include <QCoreApplication>
 #include <QFile>
+#include <QFileInfo>
 #include <QJsonArray>
 #include <QJsonDocument>
 
@@ -113,6 +114,8 @@ void Ctl::connected()
                 return;
             }
             lines = QString::fromUtf8(file.readAll()).split(QLatin1Char('\n'));
+            // A scenario's files (a feed's CSV) lie beside it, wherever it is run from.
+            m_client.setWorkingFolder(QFileInfo(file).absolutePath());
         }
         runScript(lines, m_options.script, fromStdin);
         break;
@@ -134,7 +137,6 @@ void Ctl::connected()
 
 void Ctl::execute(const QString &line, const Client::Done &done)
 {
-    // The client sends this folder along: the application takes file names from it.
     m_client.execute(line, done);
 }
 

@@ -9,6 +9,7 @@
 #include "panelsession.h"
 #include "peripheralspage.h"
 #include "powerpage.h"
+#include "resethardware.h"
 #include "shortcutbar.h"
 #include "storagepage.h"
 #include "summarylabel.h"
@@ -105,6 +106,7 @@ PanelWindow::PanelWindow(QWidget *parent)
     layout->addWidget(m_connectBar);
     layout->addWidget(bannerRow);
     layout->addWidget(m_shortcuts);
+    layout->addWidget(new ResetHardware(m_session, this));
     layout->addWidget(m_tabs, 1);
     setCentralWidget(central);
     bannerRow->hide();

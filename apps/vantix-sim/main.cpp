@@ -21,6 +21,7 @@
 #include <QCommandLineParser>
 #include <QCoreApplication>
 #include <QFile>
+#include <QFileInfo>
 #include <QJsonDocument>
 #include <QPointer>
 #include <QScopedPointer>
@@ -131,8 +132,10 @@ int main(int argc, char *argv[])
     QScopedPointer<Session> session(new Session(system));
     QObject::connect(session.data(), &Session::event, [&printer](const Event &event) { printer.event(event); });
 
-    ScriptRunner runner([&session](const QString &line, const std::function<void(const Reply &)> &done) {
-        session->execute(line, done);
+    // A script's relative file names (a feed's CSV) are taken from its own folder.
+    const QString folder = scriptFile ? QFileInfo(script).absolutePath() : QString();
+    ScriptRunner runner([&session, folder](const QString &line, const std::function<void(const Reply &)> &done) {
+        session->execute(line, folder, done);
     });
     // Only this program can be left with quit; in other applications the command does not exist.
     // The command holds nothing of main() by reference: it may run from any client's session.

@@ -9,6 +9,7 @@
 #include <vantixcontrol/protocol/reply.h>
 
 #include <QDir>
+#include <QFileInfo>
 
 #include <csignal>
 #include <limits>
@@ -79,6 +80,8 @@ void ScenarioRun::start()
     connect(m_application, &ApplicationProcess::exited, this, &ScenarioRun::applicationExited);
 
     m_client = new Client(this);
+    // A scenario's files (a feed's CSV) lie beside it, wherever the suite is run from.
+    m_client->setWorkingFolder(QFileInfo(m_scenario.path).absolutePath());
     connect(m_client, &Client::connected, this, &ScenarioRun::prepare);
     connect(m_client, &Client::disconnected, this, [this](const QString &reason) {
         if (m_state == State::Starting) {

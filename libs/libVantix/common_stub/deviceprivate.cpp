@@ -1,5 +1,7 @@
 #include "deviceprivate_p.h"
 
+#include "simulationdelays_p.h"
+
 #include <QDebug>
 #include <QFile>
 #include <QTimerEvent>
@@ -9,9 +11,6 @@
 namespace TQ_SPAPI {
 
 namespace {
-// Hardware to mimic takes about this long to react to a switched capability.
-constexpr int AbilityDelayMs = 100;
-
 // One line of a value file, as Latin-1 up to the first NUL byte.
 QString readLineFrom(QFile &file)
 {
@@ -55,7 +54,7 @@ void DevicePrivate::clearAbility(IDevice::Flags flags)
 // of this length is, so requests apply in the order they were made.
 void DevicePrivate::applyAbilityLater(IDevice::Flags flags, bool set)
 {
-    pendingAbilities.append({startTimer(AbilityDelayMs, Qt::PreciseTimer), flags, set});
+    pendingAbilities.append({startTimer(SimulationDelays::AbilityMs, Qt::PreciseTimer), flags, set});
 }
 
 void DevicePrivate::timerEvent(QTimerEvent *event)

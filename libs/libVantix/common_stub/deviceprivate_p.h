@@ -35,6 +35,8 @@ public:
     virtual void reset();
 
     void setStatus(IDevice::DeviceFlags newStatus) { onStatusChanged(newStatus); }
+    /// Whether a switched capability has yet to show in the status.
+    bool hasPendingAbilities() const { return !pendingAbilities.isEmpty(); }
     void setPath(const QString &newPath) { onPathChanged(newPath); }
 
     // Readers of the small value files a hardware back-end keeps under path.

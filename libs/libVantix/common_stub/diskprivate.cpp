@@ -1,5 +1,7 @@
 #include "diskprivate_p.h"
 
+#include "simulationdelays_p.h"
+
 #include <qbcommon/appconfig.h>
 
 #include <QDebug>
@@ -10,9 +12,6 @@
 namespace TQ_SPAPI {
 
 namespace {
-constexpr int FailureDelayMs = 100;
-constexpr int MountDelayMs = 250;
-constexpr int FormatDelayMs = 500;
 // Removable disks are numbered from ID_DISK_USB (bit 8) upward; they come formatted.
 constexpr int RemovableBit = 0x100;
 
@@ -97,7 +96,7 @@ void DiskPrivate::changeMount(bool mount)
         setError(failure);
         return;
     }
-    QTimer::singleShot(MountDelayMs, this, [this, mount] {
+    QTimer::singleShot(SimulationDelays::MountMs, this, [this, mount] {
         if (mount) {
             setStatus(status | IDevice::F_ACTIVE);
         } else {
@@ -122,7 +121,7 @@ void DiskPrivate::format(uint size)
         failLater(IDevice::E_DISK_NO_SPACE);
         return;
     }
-    QTimer::singleShot(FormatDelayMs, this, [this] { setStatus(status | IDevice::F_FORMATTED); });
+    QTimer::singleShot(SimulationDelays::FormatMs, this, [this] { setStatus(status | IDevice::F_FORMATTED); });
 }
 
 QString DiskPrivate::formatTarget(const char **why) const
@@ -162,7 +161,7 @@ QString DiskPrivate::formatTarget(const char **why) const
 
 void DiskPrivate::failLater(IDevice::DeviceError e)
 {
-    QTimer::singleShot(FailureDelayMs, this, [this, e] { setError(e); });
+    QTimer::singleShot(SimulationDelays::DiskFailureMs, this, [this, e] { setError(e); });
 }
 
 uint DiskPrivate::size() const

@@ -4,6 +4,7 @@
 #include "batteryprivate_p.h"
 #include "buttonprivate_p.h"
 #include "canmuxprivate_p.h"
+#include "simulationdelays_p.h"
 #include "networkprivate_p.h"
 #include "systeminfostore_p.h"
 #include "systemobserver_p.h"
@@ -20,11 +21,6 @@
 #include <QTimer>
 
 namespace TQ_SPAPI {
-
-namespace {
-constexpr int ApiReadyDelayMs = 100;
-constexpr int FlightModeTransitionMs = 2000;
-} // namespace
 
 SystemPrivate::SystemPrivate(System *q)
     : QObject(q)
@@ -60,7 +56,7 @@ void SystemPrivate::initialize(const QString &name)
     ready = true;
     VantixDebug::instance()->setSystemPrivate(this);
     SystemObserver::notifyInitialized(this);
-    QTimer::singleShot(ApiReadyDelayMs, this, [this] { Q_EMIT q->apiReady(); });
+    QTimer::singleShot(SimulationDelays::ApiReadyMs, this, [this] { Q_EMIT q->apiReady(); });
 }
 
 IDevicePtr SystemPrivate::add(IDevice::DeviceId id, IDevice::DeviceType type, const QString &path)
@@ -180,7 +176,8 @@ void SystemPrivate::setFlightMode(bool enabled)
         }
     }
 
-    QTimer::singleShot(FlightModeTransitionMs, this, [this, enabled] { finishFlightModeTransition(enabled); });
+    QTimer::singleShot(
+        SimulationDelays::FlightModeTransitionMs, this, [this, enabled] { finishFlightModeTransition(enabled); });
 }
 
 void SystemPrivate::finishFlightModeTransition(bool enabled)

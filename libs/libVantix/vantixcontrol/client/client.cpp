@@ -138,6 +138,8 @@ public:
     Client *q;
     QLocalSocket *socket;
     QString path;
+    // Empty: the process's current folder, as it is when a line is sent.
+    QString workingFolder;
     QByteArray buffer;
     QJsonObject greeting;
     QHash<int, Client::Done> pending;
@@ -208,10 +210,19 @@ void Client::request(QJsonObject request, const Done &done)
 
 void Client::execute(const QString &line, const Done &done)
 {
-    // File names in the line are the user's, taken from this process's folder.
     request(QJsonObject{{Protocol::requestKey(Protocol::RequestKind::Line), line},
-                {QStringLiteral("cwd"), QDir::currentPath()}},
+                {QStringLiteral("cwd"), workingFolder()}},
         done);
+}
+
+void Client::setWorkingFolder(const QString &folder)
+{
+    d->workingFolder = folder.isEmpty() ? QString() : QDir(folder).absolutePath();
+}
+
+QString Client::workingFolder() const
+{
+    return d->workingFolder.isEmpty() ? QDir::currentPath() : d->workingFolder;
 }
 
 void Client::describe(const Done &done)

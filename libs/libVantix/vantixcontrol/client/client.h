@@ -55,7 +55,16 @@ public:
     QString socketPath() const;
     QJsonObject greeting() const;
 
+    /// Runs one console line; relative file names in it are taken from workingFolder().
     void execute(const QString &line, const Done &done);
+    /**
+     * The folder the application takes relative file names of lines from
+     * (dump FILE, feed ... FILE.csv): by default this process's current
+     * folder; a script's runner sets the script's own, so that the files
+     * beside it are found wherever it is run from.
+     */
+    void setWorkingFolder(const QString &folder);
+    QString workingFolder() const;
     /// The reply's value is the schema.
     void describe(const Done &done);
     void setEventsEnabled(bool enabled, const Done &done = Done());

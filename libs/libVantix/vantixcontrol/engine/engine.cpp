@@ -28,6 +28,8 @@ Engine::Engine(TQ_SPAPI::System *system)
     : QObject(system)
     , d(new EnginePrivate)
 {
+    // reset brings the System back to this state; the engine is made as the System is initialised.
+    d->snapshots.recordStartOf(system, this);
 }
 
 Engine::~Engine()

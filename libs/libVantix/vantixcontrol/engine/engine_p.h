@@ -3,6 +3,7 @@
 
 #include "commandtable_p.h"
 #include "engine.h"
+#include "snapshotstore_p.h"
 
 #include <vantix/vantix_private_export.h>
 
@@ -15,6 +16,8 @@ public:
 
     /// The built-in commands, then what the host added, in the order help lists them.
     CommandTable table;
+    /// The snapshots any client of this System may restore, and the state after apiReady.
+    SnapshotStore snapshots;
 };
 
 } // namespace VantixControl

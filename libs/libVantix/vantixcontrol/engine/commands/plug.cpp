@@ -1,12 +1,10 @@
-// plug <device> [type] and unplug <device>. Where the debug controller has a
-// hot-plug operation for a device, that operation runs, so that what it keeps
-// track of (the USB ports, the stick an active port brings) stays true
-// whichever way the device came or went.
+// plug <device> [type] and unplug <device>, as the debug controller plugs
+// devices (HotPlug).
 
 #include "commandtable_p.h"
 #include "devicenames_p.h"
+#include "hotplug_p.h"
 #include "session_p.h"
-#include <vantix/vantixdebug.h>
 
 #include <vantix/system.h>
 
@@ -16,51 +14,6 @@ namespace VantixControl {
 
 namespace {
 using D = IDevice;
-
-// The debug controller's own way to plug the device, if it has one.
-bool plugByController(D::DeviceId id)
-{
-    VantixDebug *debug = VantixDebug::instance();
-    switch (id) {
-    case D::ID_BATTERY_1ST:
-    case D::ID_BATTERY_2ND:
-        debug->addBattery(id);
-        return true;
-    case D::ID_USB:
-        debug->addUsb();
-        return true;
-    case D::ID_USB_OTG_A:
-        debug->addOtgA();
-        return true;
-    case D::ID_USB_OTG_B:
-        debug->addOtgB();
-        return true;
-    default:
-        return false;
-    }
-}
-
-bool unplugByController(D::DeviceId id)
-{
-    VantixDebug *debug = VantixDebug::instance();
-    switch (id) {
-    case D::ID_BATTERY_1ST:
-    case D::ID_BATTERY_2ND:
-        debug->removeBattery(id);
-        return true;
-    case D::ID_USB:
-        debug->rmUsb();
-        return true;
-    case D::ID_USB_OTG_A:
-        debug->rmOtgA();
-        return true;
-    case D::ID_USB_OTG_B:
-        debug->rmOtgB();
-        return true;
-    default:
-        return false;
-    }
-}
 
 Reply plug(Invocation &invocation)
 {
@@ -73,10 +26,7 @@ Reply plug(Invocation &invocation)
     const D::DeviceType type = invocation.has(QStringLiteral("type"))
         ? D::DeviceType(int(invocation.integer(QStringLiteral("type"))))
         : defaultType;
-    if (type != defaultType || !plugByController(id)) {
-        const QString path = type.testFlag(D::DEVICE_DISK) ? DeviceNames::defaultPath(id) : QString();
-        VantixDebug::instance()->addDevice(id, type, path);
-    }
+    HotPlug::plug(id, type, type.testFlag(D::DEVICE_DISK) ? DeviceNames::defaultPath(id) : QString());
     if (!system->device(id)) {
         return Reply::failure(ErrorClass::Failed, QStringLiteral("%1 could not be plugged").arg(DeviceNames::name(id)));
     }
@@ -91,9 +41,7 @@ Reply unplug(Invocation &invocation)
         return Reply::failure(
             ErrorClass::UnknownTarget, QStringLiteral("%1 is not plugged").arg(DeviceNames::name(id)));
     }
-    if (!unplugByController(id)) {
-        VantixDebug::instance()->removeDevice(id);
-    }
+    HotPlug::unplug(id);
     if (system->device(id)) {
         return Reply::failure(ErrorClass::Failed, QStringLiteral("%1 could not be removed").arg(DeviceNames::name(id)));
     }
