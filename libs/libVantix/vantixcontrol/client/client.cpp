@@ -5,6 +5,7 @@
 #include <vantixcontrol/protocol/reply.h>
 #include <vantixcontrol/protocol/socketdirectory.h>
 
+#include <QCoreApplication>
 #include <QDir>
 #include <QHash>
 #include <QJsonDocument>
@@ -280,7 +281,8 @@ void Client::probeApplications(
     search->open = sockets.size();
     search->done = done;
     for (const QString &path : sockets) {
-        auto *client = new Client;
+        // Owned by the application object, so that a search still running when it goes goes with it.
+        auto *client = new Client(QCoreApplication::instance());
         const auto finish = [search, client](const Application *application) {
             if (application) {
                 search->found.append(*application);
