@@ -8,6 +8,7 @@
 #include "devicenames_p.h"
 #include "eventwatcher_p.h"
 #include "logcapture.h"
+#include "sessionline.h"
 #include "engine_p.h"
 #include "session_p.h"
 #include "testfiles.h"
@@ -1031,19 +1032,7 @@ private Q_SLOTS:
     }
 
 private:
-    Reply run(const QString &line)
-    {
-        Reply result = Reply::failure(ErrorClass::Failed, "(no answer)");
-        bool answered = false;
-        m_session->execute(line, [&](const Reply &reply) {
-            result = reply;
-            answered = true;
-        });
-        if (!QTest::qWaitFor([&answered] { return answered; }, 10000)) {
-            qWarning("no answer to %s", qPrintable(line));
-        }
-        return result;
-    }
+    Reply run(const QString &line) { return runLine(m_session, line); }
 
     TestRoot *m_root = nullptr;
     Session *m_session = nullptr;

@@ -4,6 +4,7 @@
 
 #include "session_p.h"
 #include "testfiles.h"
+#include "sessionline.h"
 #include "testroot.h"
 #include "testsystem.h"
 #include "timing_p.h"
@@ -205,19 +206,7 @@ private Q_SLOTS:
     }
 
 private:
-    Reply run(const QString &line)
-    {
-        Reply result = Reply::failure(ErrorClass::Failed, "(no answer)");
-        bool answered = false;
-        m_session->execute(line, [&](const Reply &reply) {
-            result = reply;
-            answered = true;
-        });
-        if (!QTest::qWaitFor([&answered] { return answered; }, 10000)) {
-            qWarning("no answer to %s", qPrintable(line));
-        }
-        return result;
-    }
+    Reply run(const QString &line) { return runLine(m_session, line); }
 
     TestRoot *m_root = nullptr;
     Session *m_session = nullptr;

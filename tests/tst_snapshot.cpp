@@ -4,6 +4,7 @@
 // named in the answer; snapshots shared by the clients of one System.
 
 #include "testroot.h"
+#include "sessionline.h"
 #include "testsystem.h"
 
 #include <vantix/vantix.h>
@@ -265,16 +266,7 @@ private:
 
     Reply run(const QString &line, Session *session = nullptr)
     {
-        Reply result = Reply::failure(ErrorClass::Failed, "(no answer)");
-        bool answered = false;
-        (session ? session : m_session)->execute(line, [&](const Reply &reply) {
-            result = reply;
-            answered = true;
-        });
-        if (!QTest::qWaitFor([&answered] { return answered; }, 15000)) {
-            qWarning("no answer to %s", qPrintable(line));
-        }
-        return result;
+        return runLine(session ? session : m_session, line, 15000);
     }
 
     TestRoot *m_root = nullptr;

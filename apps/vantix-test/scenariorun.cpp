@@ -269,11 +269,9 @@ void ScenarioRun::interrupt()
     stopApplication();
 }
 
-void ScenarioRun::stopApplication()
+void ScenarioRun::halt()
 {
-    if (m_state == State::Stopping || m_state == State::Done) {
-        return;
-    }
+    // No more lines, no more deadlines, and nothing more heard from the application.
     m_state = State::Stopping;
     m_deadline.stop();
     m_patience.stop();
@@ -281,6 +279,14 @@ void ScenarioRun::stopApplication()
         m_runner->stop(0);
     }
     m_client->disconnect(this);
+}
+
+void ScenarioRun::stopApplication()
+{
+    if (m_state == State::Stopping || m_state == State::Done) {
+        return;
+    }
+    halt();
     m_client->disconnectFromServer();
     if (m_application->hasExited()) {
         applicationExited();
@@ -324,13 +330,7 @@ void ScenarioRun::applicationExited()
     }
     if (m_state != State::Stopping && m_state != State::Done) {
         // Exited by itself: whatever it left in its group goes, and the run ends here.
-        m_state = State::Stopping;
-        m_deadline.stop();
-        m_patience.stop();
-        if (m_runner) {
-            m_runner->stop(0);
-        }
-        m_client->disconnect(this);
+        halt();
     }
     m_state = State::Done;
     m_outcome.totalSeconds = m_total.elapsed() / 1000.0;

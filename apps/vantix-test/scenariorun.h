@@ -66,6 +66,7 @@ private:
     void timedOut();
     void end(bool dump);
     void endStep();
+    void halt();
     void stopApplication();
     void applicationExited();
     void error(const QString &message);

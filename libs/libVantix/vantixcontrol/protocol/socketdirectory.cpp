@@ -149,6 +149,12 @@ bool SocketDirectory::Folder::remove(const QString &name) const
     return d->fd >= 0 && ::unlinkat(d->fd, QFile::encodeName(name).constData(), 0) == 0;
 }
 
+bool SocketDirectory::Folder::rename(const QString &from, const QString &to) const
+{
+    return d->fd >= 0 &&
+        ::renameat(d->fd, QFile::encodeName(from).constData(), d->fd, QFile::encodeName(to).constData()) == 0;
+}
+
 QByteArray SocketDirectory::Folder::address(const QString &name) const
 {
     if (d->fd < 0) {

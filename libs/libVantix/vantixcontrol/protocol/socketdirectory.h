@@ -52,6 +52,8 @@ public:
     /// The file status of @p name in it, without following a link; false when there is none.
     bool stat(const QString &name, struct ::stat *info) const;
     bool remove(const QString &name) const;
+    /// Renames @p from to @p to within the folder, replacing what @p to names; one step for any reader.
+    bool rename(const QString &from, const QString &to) const;
     /**
      * A socket address (sun_path) that reaches @p name in this very folder:
      * through the descriptor where /proc allows it and it fits, else by

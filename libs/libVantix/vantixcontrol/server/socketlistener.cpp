@@ -2,6 +2,7 @@
 
 #include "logging_p.h"
 
+#include <QCoreApplication>
 #include <QFile>
 #include <QSocketNotifier>
 #include <QTimer>
@@ -100,13 +101,26 @@ bool SocketListener::listen(SocketDirectory::Folder *folder, const QString &name
         // Left by a server that is gone.
         folder->remove(name);
     }
+    // Bound under a hidden name and renamed once it listens, user-only: a client
+    // that sees the socket can connect at once, and nobody else ever could.
+    const QString binding = QStringLiteral(".binding-%1").arg(QCoreApplication::applicationPid());
+    const QByteArray bindingAddress = folder->address(binding);
+    if (bindingAddress.isEmpty()) {
+        *error = QStringLiteral("the socket path %1 is too long to be bound in its folder").arg(path);
+        return false;
+    }
+    folder->remove(binding);
     m_fd = ::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0);
     sockaddr_un local = {};
     local.sun_family = AF_UNIX;
-    std::memcpy(local.sun_path, address.constData(), size_t(address.size()));
-    if (m_fd < 0 || ::bind(m_fd, reinterpret_cast<sockaddr *>(&local), sizeof local) != 0 ||
-        !folder->stat(name, &info) || ::listen(m_fd, SOMAXCONN) != 0) {
+    std::memcpy(local.sun_path, bindingAddress.constData(), size_t(bindingAddress.size()));
+    const bool bound = m_fd >= 0 && ::bind(m_fd, reinterpret_cast<sockaddr *>(&local), sizeof local) == 0;
+    if (!bound || ::fchmodat(-1, bindingAddress.constData(), 0700, 0) != 0 || !folder->stat(binding, &info) ||
+        ::listen(m_fd, SOMAXCONN) != 0 || !folder->rename(binding, name)) {
         *error = QStringLiteral("cannot listen at %1: %2").arg(path, QString::fromLocal8Bit(::strerror(errno)));
+        if (bound) {
+            folder->remove(binding);
+        }
         if (m_fd >= 0) {
             ::close(m_fd);
             m_fd = -1;
@@ -114,8 +128,6 @@ bool SocketListener::listen(SocketDirectory::Folder *folder, const QString &name
         return false;
     }
     m_inode = info.st_ino;
-    // Only this user may connect: the socket itself, besides the folder and the peer check.
-    ::fchmodat(-1, address.constData(), 0700, 0);
     m_reserve = openReserve();
     m_notifier = new QSocketNotifier(m_fd, QSocketNotifier::Read, this);
     m_notifier->setEnabled(false);
