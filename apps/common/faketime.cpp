@@ -55,7 +55,7 @@ bool parseSpeed(const QString &text, double *speed, QString *error)
     return true;
 }
 
-QString spec(double speed)
+QString timeSetting(double speed)
 {
     return QStringLiteral("+0 x") + QString::number(speed, 'g', 12);
 }
@@ -65,7 +65,7 @@ QProcessEnvironment environment(const QProcessEnvironment &base, const QString &
     QProcessEnvironment environment = base;
     const QString preload = base.value(Preload);
     environment.insert(Preload, preload.isEmpty() ? library : library + QLatin1Char(':') + preload);
-    environment.insert(QStringLiteral("FAKETIME"), spec(speed));
+    environment.insert(QStringLiteral("FAKETIME"), timeSetting(speed));
     // Qt's timers and QElapsedTimer read the monotonic clock; it must speed up with the others.
     environment.insert(QStringLiteral("FAKETIME_DONT_FAKE_MONOTONIC"), QStringLiteral("0"));
     // An AddressSanitizer build insists on coming first among the loaded libraries.
@@ -80,7 +80,7 @@ QProcessEnvironment environment(const QProcessEnvironment &base, const QString &
 
 bool isActive(const QProcessEnvironment &environment, const QString &library, double speed)
 {
-    return environment.value(QStringLiteral("FAKETIME")) == spec(speed) &&
+    return environment.value(QStringLiteral("FAKETIME")) == timeSetting(speed) &&
         environment.value(Preload).split(QLatin1Char(':')).contains(library);
 }
 

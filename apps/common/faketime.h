@@ -21,7 +21,7 @@ bool findLibrary(QString *path, QString *error);
 /// A speed factor: a finite number above zero ("100", "0.5").
 bool parseSpeed(const QString &text, double *speed, QString *error);
 /// FAKETIME's value for @p speed: "+0 x100".
-QString spec(double speed);
+QString timeSetting(double speed);
 
 /// @p base with the library preloaded at @p speed; ASan's link-order check is turned off, as a preload trips it.
 QProcessEnvironment environment(const QProcessEnvironment &base, const QString &library, double speed);
