@@ -90,8 +90,10 @@ FUZZ_SECONDS ?= 60
 FUZZ_TARGETS ?= controlline debugcommand nvram osrelease
 FUZZ_TMPDIR ?= $(shell test -d /dev/shm && echo /dev/shm || echo /tmp)
 # The fast unwinder: the one suppression needs the slow one only for QtGui, which no fuzz target loads,
-# and the slow one made every allocation cost ten times as much.
-FUZZ_ENV = TMPDIR=$(FUZZ_TMPDIR) ASAN_OPTIONS=detect_leaks=1 \
+# and the slow one made every allocation cost ten times as much. A quarantine of 16 MB rather than
+# 256: the leak checks of new inputs scan a heap a quarter the size, which doubled the control-line
+# target's executions per second; a use after free within one input is still caught.
+FUZZ_ENV = TMPDIR=$(FUZZ_TMPDIR) ASAN_OPTIONS=detect_leaks=1:quarantine_size_mb=16 \
 	LSAN_OPTIONS=suppressions=$(CURDIR)/scripts/lsan.supp:print_suppressions=0 \
 	UBSAN_OPTIONS=print_stacktrace=1:halt_on_error=1 QT_QPA_PLATFORM=offscreen VANTIX_CONTROL=off
 
