@@ -119,18 +119,38 @@ def test_a_dropped_connection_raises_in_every_waiting_call(example_app):
     client.close()
 
 
+def stage_for_another_user(program, folder):
+    """A copy of @program and of the libraries of its own build it loads, in @folder.
+
+    The build may sit in a folder only its owner can enter (a clone in a 0700
+    folder, or under /root), where another user could not load them."""
+    staged = os.path.join(folder, os.path.basename(program))
+    shutil.copy(program, staged)
+    build = os.path.dirname(os.path.dirname(os.path.dirname(os.path.abspath(program))))
+    listing = subprocess.run(["ldd", program], capture_output=True, text=True, check=True).stdout
+    for line in listing.splitlines():
+        name, arrow, rest = line.strip().partition(" => ")
+        library = rest.split(" (")[0]
+        if arrow and library.startswith(build + os.sep):
+            shutil.copy(library, os.path.join(folder, name))
+    return staged
+
+
 @pytest.mark.skipif(os.geteuid() != 0 or not shutil.which("setpriv"), reason="needs root and setpriv to run as nobody")
 def test_another_users_server_is_refused(short_tmp):
     os.chmod(short_tmp, 0o777)
     path = os.path.join(short_tmp, "control")
-    env = dict(os.environ, VANTIX_CONTROL=path, QBCOMMON_ROOT=short_tmp, XDG_RUNTIME_DIR="", QT_QPA_PLATFORM="offscreen")
+    program = stage_for_another_user(need(EXAMPLE_APP, "example-app"), short_tmp)
+    env = dict(os.environ, VANTIX_CONTROL=path, QBCOMMON_ROOT=short_tmp, XDG_RUNTIME_DIR="", QT_QPA_PLATFORM="offscreen",
+               LD_LIBRARY_PATH=short_tmp)
     process = subprocess.Popen(
-        ["setpriv", "--reuid=65534", "--regid=65534", "--clear-groups", need(EXAMPLE_APP, "example-app")],
-        env=env, stdin=subprocess.PIPE, stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL)
+        ["setpriv", "--reuid=65534", "--regid=65534", "--clear-groups", program],
+        env=env, stdin=subprocess.PIPE, stdout=subprocess.DEVNULL, stderr=subprocess.PIPE)
     try:
         deadline = time.monotonic() + 10
-        while not os.path.exists(path) and time.monotonic() < deadline:
+        while not os.path.exists(path) and process.poll() is None and time.monotonic() < deadline:
             time.sleep(0.02)
+        assert process.poll() is None, "the application did not run as uid 65534: %s" % process.stderr.read()
         with pytest.raises(vantix.ConnectError) as caught:
             vantix.Client(path)
         assert str(caught.value) == "refusing %s: it is served by uid 65534, not by this user (uid 0)" % path
