@@ -179,6 +179,7 @@ private:
     static const CommandRow *commandRows(int *count);
     static const CommandRow *findRow(const Command &command);
     static const ShortcutRow *shortcutRows(int *count);
+    CommandOutcome run(const QString &text, bool judged);
     CommandOutcome judge(const CommandRow &row, const Command &command) const;
     IDevicePtr plugOtgPort(IDevice::DeviceId id);
     /// Flips one jack bit of the audio device; false when there is no audio device.

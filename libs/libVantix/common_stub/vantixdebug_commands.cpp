@@ -369,11 +369,18 @@ void VantixDebug::setParameterController(TQ_QBCom::ParameterController &controll
 
 void VantixDebug::onVantixDebugChanged(const QString &newValue)
 {
-    execute(newValue);
+    // Nobody reads what a parameter's command did: it is not judged.
+    run(newValue, false);
+}
+
+VantixDebug::CommandOutcome VantixDebug::execute(const QString &text)
+{
+    return run(text, true);
 }
 
 // The one way a command text is read and carried out, whichever way it came.
-VantixDebug::CommandOutcome VantixDebug::execute(const QString &text)
+// With @p judged, what it will do is judged first, from the devices present.
+VantixDebug::CommandOutcome VantixDebug::run(const QString &text, bool judged)
 {
     CommandOutcome outcome;
     Command command;
@@ -398,7 +405,10 @@ VantixDebug::CommandOutcome VantixDebug::execute(const QString &text)
         outcome.result = CommandIllegal;
         return outcome;
     }
-    outcome = judge(*row, command);
+    outcome.result = CommandApplied;
+    if (judged) {
+        outcome = judge(*row, command);
+    }
     row->perform(*this, command);
     return outcome;
 }
