@@ -29,6 +29,7 @@
 #include <QTextStream>
 
 #include <cstdio>
+#include <limits>
 #include <memory>
 #include <unistd.h>
 
@@ -119,6 +120,13 @@ int main(int argc, char *argv[])
             return 2;
         }
         scriptLines = QString::fromUtf8(file.readAll()).split(QLatin1Char('\n'));
+    }
+
+    // Qt re-reads the host's network configurations every 10 s, and each pass
+    // rewrites the Wi-Fi values a script set: a script's outcome must not
+    // depend on when the pass falls.
+    if (parser.isSet(scriptOption) && !qEnvironmentVariableIsSet("QT_BEARER_POLL_TIMEOUT")) {
+        qputenv("QT_BEARER_POLL_TIMEOUT", QByteArray::number(std::numeric_limits<int>::max()));
     }
 
     QTextStream out(stdout);

@@ -10,6 +10,7 @@
 
 #include <csignal>
 #include <cstring>
+#include <limits>
 #include <sys/prctl.h>
 #include <unistd.h>
 
@@ -18,6 +19,8 @@ namespace {
 constexpr int OutputLimit = 8 * 1024 * 1024;
 // Should no change of the folder be reported, the socket is looked for this often.
 constexpr int SocketPollMs = 50;
+// How often, in ms, Qt polls the host's network configurations.
+const QString HostNetworkPoll = QStringLiteral("QT_BEARER_POLL_TIMEOUT");
 
 class GroupedProcess : public QProcess
 {
@@ -117,6 +120,12 @@ void ApplicationProcess::start()
     environment.insert(QStringLiteral("VANTIX_CONTROL"), socketPath());
     environment.insert(QStringLiteral("QBCOMMON_ROOT"), unitRoot());
     environment.insert(QStringLiteral("TMPDIR"), folder.filePath(QStringLiteral("tmp")));
+    // Qt re-reads the host's network configurations every 10 s, and each pass
+    // rewrites the Wi-Fi values a scenario set; a scenario must not depend on
+    // when the pass falls (at --speed 100 it falls every 100 ms).
+    if (!environment.contains(HostNetworkPoll)) {
+        environment.insert(HostNetworkPoll, QString::number(std::numeric_limits<int>::max()));
+    }
     if (m_setup.speed > 0) {
         environment = FakeTime::environment(environment, m_setup.fakeTimeLibrary, m_setup.speed);
     }

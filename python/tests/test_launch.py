@@ -51,6 +51,16 @@ def test_accelerated_time(monkeypatch, tmp_path):
     assert list(tmp_path.iterdir()) == []
 
 
+def test_the_host_network_poll_leaves_a_long_test_alone():
+    if not os.path.isfile(faketime_library()):
+        pytest.skip('libfaketime is not installed (Debian package "faketime")')
+    # Qt's host poll, every 10 s of the unit's time, would empty the SSID.
+    with vantix.launch([need(EXAMPLE_APP, "example-app")], speed=100) as app:
+        app.client.debug("setssid", "Lab")
+        app.client.run("wait 25000")
+        assert app.client.get("wifi", "wifiSsid") == "Lab"
+
+
 def test_snapshot_restore_and_reset(client):
     try:
         client.snapshot("full")
