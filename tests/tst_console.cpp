@@ -120,7 +120,7 @@ private Q_SLOTS:
         QVERIFY(ready.wait());
         m_session = new Session(System::instance());
         m_session->setEventsEnabled(true);
-        connect(m_session, &Session::event, this, [this](const Event &event) { m_events << event.text(); });
+        connect(m_session, &Session::eventRaised, this, [this](const Event &event) { m_events << event.text(); });
         m_gadget = new Gadget;
         m_session->watch(m_gadget, "gadget");
         m_events.clear();
@@ -418,7 +418,7 @@ private Q_SLOTS:
     void watchesSignalsGenerically()
     {
         EventWatcher *watcher = SessionPrivate::get(m_session)->watcher;
-        QSignalSpy signalled(m_session, &Session::event);
+        QSignalSpy signalled(m_session, &Session::eventRaised);
         Q_EMIT m_gadget->changed(D::F_ENABLE | D::F_CHARGE, Qt::red, Gadget::MODE_RUN);
         QCOMPARE(signalled.size(), 1);
         const Event event = signalled.at(0).at(0).value<Event>();
@@ -603,7 +603,8 @@ private Q_SLOTS:
         Session other(System::instance());
         QStringList otherEvents;
         other.setEventsEnabled(true);
-        connect(&other, &Session::event, this, [&otherEvents](const Event &event) { otherEvents << event.text(); });
+        connect(
+            &other, &Session::eventRaised, this, [&otherEvents](const Event &event) { otherEvents << event.text(); });
 
         // A wait in one session holds up nothing in the other.
         bool waited = false;

@@ -138,7 +138,7 @@ int main(int argc, char *argv[])
     System *system = System::instance();
     system->initialize(QStringLiteral("vantix-sim"));
     QScopedPointer<Session> session(new Session(system));
-    QObject::connect(session.data(), &Session::event, [&printer](const Event &event) { printer.event(event); });
+    QObject::connect(session.data(), &Session::eventRaised, [&printer](const Event &event) { printer.event(event); });
 
     // A script's relative file names (a feed's CSV) are taken from its own folder.
     const QString folder = scriptFile ? QFileInfo(script).absolutePath() : QString();

@@ -34,7 +34,7 @@ SessionPrivate::SessionPrivate(Session *q, System *system)
     , engine(Engine::of(system))
     , watcher(new EventWatcher(system, this))
 {
-    connect(watcher, &EventWatcher::signalled, q, &Session::event);
+    connect(watcher, &EventWatcher::signalled, q, &Session::eventRaised);
     watcher->start();
 }
 

@@ -50,7 +50,7 @@ public:
     /// Stops what runs (a ramp stops where it is) and drops the queue; their callbacks never come.
     void cancel();
 
-    /// Whether event() is emitted for every signal of the simulated hardware.
+    /// Whether eventRaised() is emitted for every signal of the simulated hardware.
     void setEventsEnabled(bool enabled);
     bool eventsEnabled() const;
     /// Whether logged() gets a copy of the application's message log; the application's own output is untouched.
@@ -69,7 +69,7 @@ public:
     qint64 elapsedMs() const;
 
 Q_SIGNALS:
-    void event(const VantixControl::Event &event);
+    void eventRaised(const VantixControl::Event &event);
     void logged(const VantixControl::LogEntry &entry);
 
 private:

@@ -109,7 +109,7 @@ Session *ControlConnection::session()
 {
     if (!m_session) {
         m_session = new Session(m_system, this);
-        connect(m_session, &Session::event, this, [this](const Event &event) { write(event.toJsonLine()); });
+        connect(m_session, &Session::eventRaised, this, [this](const Event &event) { write(event.toJsonLine()); });
         connect(m_session, &Session::logged, this, [this](const LogEntry &entry) { write(entry.toJsonLine()); });
     }
     return m_session;
