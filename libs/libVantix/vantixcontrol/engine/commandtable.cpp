@@ -187,6 +187,7 @@ CommandTable::CommandTable()
 
 void CommandTable::add(const CommandEntry &entry)
 {
+    m_described = QJsonArray();
     for (CommandEntry &command : m_commands) {
         if (command.name == entry.name) {
             command = entry;

@@ -7,6 +7,7 @@
 #include <vantix/vantix_private_export.h>
 
 #include <QHash>
+#include <QJsonArray>
 #include <QList>
 #include <QString>
 #include <QStringList>
@@ -134,9 +135,12 @@ public:
     void add(const CommandEntry &entry);
     const CommandEntry *find(const QString &name) const;
     const QList<CommandEntry> &commands() const { return m_commands; }
+    /// The commands as JSON, kept once made (help and describe ask often); emptied by add().
+    QJsonArray &described() const { return m_described; }
 
 private:
     QList<CommandEntry> m_commands;
+    mutable QJsonArray m_described;
 };
 
 /**

@@ -170,7 +170,10 @@ Argument::Type argumentType(VantixDebug::ArgumentInfo::Type type)
 
 QJsonArray Schema::commands(const CommandTable &table)
 {
-    QJsonArray result;
+    QJsonArray &result = table.described();
+    if (!result.isEmpty()) {
+        return result;
+    }
     for (const CommandEntry &command : table.commands()) {
         QJsonObject json = commandJson(command.name, command.usageLines(), command.forms, command.help, command.label);
         json.insert(QStringLiteral("host"), command.host);
@@ -181,37 +184,44 @@ QJsonArray Schema::commands(const CommandTable &table)
     return result;
 }
 
+// The debug controller's tables are fixed when the library is built: made once.
 QJsonArray Schema::debugCommands()
 {
-    QJsonArray result;
-    for (const VantixDebug::CommandInfo &c : VantixDebug::commands()) {
-        QVector<Argument> arguments;
-        for (const VantixDebug::ArgumentInfo &info : c.arguments) {
-            Argument argument;
-            argument.name = info.name;
-            argument.type = argumentType(info.type);
-            argument.optional = info.optional;
-            argument.choices = info.choices;
-            arguments.append(argument);
+    static const QJsonArray made = [] {
+        QJsonArray result;
+        for (const VantixDebug::CommandInfo &c : VantixDebug::commands()) {
+            QVector<Argument> arguments;
+            for (const VantixDebug::ArgumentInfo &info : c.arguments) {
+                Argument argument;
+                argument.name = info.name;
+                argument.type = argumentType(info.type);
+                argument.optional = info.optional;
+                argument.choices = info.choices;
+                arguments.append(argument);
+            }
+            QJsonObject json = commandJson(c.word, {c.usage}, {arguments}, c.help, c.label);
+            json.insert(QStringLiteral("host"), false);
+            json.insert(QStringLiteral("debug"), true);
+            json.insert(QStringLiteral("readOnly"), false);
+            result.append(json);
         }
-        QJsonObject json = commandJson(c.word, {c.usage}, {arguments}, c.help, c.label);
-        json.insert(QStringLiteral("host"), false);
-        json.insert(QStringLiteral("debug"), true);
-        json.insert(QStringLiteral("readOnly"), false);
-        result.append(json);
-    }
-    return result;
+        return result;
+    }();
+    return made;
 }
 
 QJsonArray Schema::shortcuts()
 {
-    QJsonArray result;
-    for (const VantixDebug::ShortcutInfo &s : VantixDebug::shortcuts()) {
-        result.append(
-            QJsonObject{{QStringLiteral("key"), KeyNames::name(s.key, s.modifiers)}, {QStringLiteral("label"), s.label},
-                {QStringLiteral("help"), s.help}, {QStringLiteral("passedOn"), s.passedOn}});
-    }
-    return result;
+    static const QJsonArray made = [] {
+        QJsonArray result;
+        for (const VantixDebug::ShortcutInfo &s : VantixDebug::shortcuts()) {
+            result.append(QJsonObject{{QStringLiteral("key"), KeyNames::name(s.key, s.modifiers)},
+                {QStringLiteral("label"), s.label}, {QStringLiteral("help"), s.help},
+                {QStringLiteral("passedOn"), s.passedOn}});
+        }
+        return result;
+    }();
+    return made;
 }
 
 QJsonObject Schema::describe(System *system, const CommandTable &commandTable, const EventWatcher *watcher)

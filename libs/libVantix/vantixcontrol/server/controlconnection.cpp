@@ -34,18 +34,31 @@ constexpr int DropGraceMs = 2000;
 constexpr qint64 ReleaseBytes = 1024 * 1024;
 const QByteArray NullId = QByteArrayLiteral("null");
 
+// Written directly, keys in the order a document gives them: every connection starts with it.
 QByteArray greeting(System *system)
 {
-    const QJsonObject hello{
-        {QStringLiteral("protocol"), Protocol::Version},
-        {QStringLiteral("version"), QStringLiteral(VANTIX_VERSION_STRING)},
-        {QStringLiteral("pid"), QCoreApplication::applicationPid()},
-        {QStringLiteral("application"), QCoreApplication::applicationName()},
-        {QStringLiteral("platform"), QString::fromLatin1(System::PlatformTypeEnum.valueToKey(system->platform()))},
-        {QStringLiteral("platformName"), TQ_SPAPI::PlatformNames::name(system->platform())},
-        {QStringLiteral("capabilities"), QJsonArray::fromStringList(Protocol::capabilities())},
-    };
-    return QJsonDocument(QJsonObject{{QStringLiteral("vantix"), hello}}).toJson(QJsonDocument::Compact);
+    QByteArray out;
+    out.reserve(256);
+    out.append("{\"vantix\":{\"application\":");
+    appendJsonString(out, QCoreApplication::applicationName());
+    out.append(",\"capabilities\":[");
+    const QStringList capabilities = Protocol::capabilities();
+    for (int i = 0; i < capabilities.size(); ++i) {
+        out.append(i == 0 ? "" : ",");
+        appendJsonString(out, capabilities.at(i));
+    }
+    out.append("],\"pid\":");
+    out.append(QByteArray::number(QCoreApplication::applicationPid()));
+    out.append(",\"platform\":");
+    appendJsonString(out, QString::fromLatin1(System::PlatformTypeEnum.valueToKey(system->platform())));
+    out.append(",\"platformName\":");
+    appendJsonString(out, TQ_SPAPI::PlatformNames::name(system->platform()));
+    out.append(",\"protocol\":");
+    out.append(QByteArray::number(Protocol::Version));
+    out.append(",\"version\":");
+    appendJsonString(out, QStringLiteral(VANTIX_VERSION_STRING));
+    out.append("}}");
+    return out;
 }
 
 bool isUtf8(const QByteArray &data)
