@@ -11,8 +11,9 @@
 // released and built again every InputsPerSystem inputs, so that state
 // stays bounded. An execution thus costs what its lines do and little more.
 //
-// Only the first describe of an input is fed: a schema costs more than all
-// else an input does, and another finds nothing new.
+// A describe is fed once per System, to the first input that asks: a schema
+// costs twenty times what any other request does, and another one walks the
+// same code again.
 //
 // Checks: everything written is one JSON object per line, the greeting is not
 // repeated, and every request is answered exactly once, with its id exactly
@@ -50,7 +51,7 @@ using VantixControl::ControlConnection;
 
 namespace {
 constexpr int InputsPerSystem = 256;
-// Lines fed per input; the rest is ignored, so that no input takes long (describe alone takes a while).
+// Lines fed per input; the rest is ignored, so that no input takes long.
 constexpr int MaxLines = 64;
 const QByteArray FinalCancel = R"({"id":"fuzz:end","cancel":true})";
 
@@ -62,6 +63,8 @@ struct Harness
     // Holds the System's watcher for the run, so that no input pays for watching the tree.
     std::unique_ptr<VantixControl::Session> keeper;
     int inputs = 0;
+    // Whether this System's schema was asked for.
+    bool described = false;
 };
 Harness *harness = nullptr;
 
@@ -72,6 +75,7 @@ void startSystem()
     SystemPlatformType::type = System::PT_TOLVEX_PLUS;
     System::instance()->initialize(QStringLiteral("fuzz"));
     harness->keeper = std::make_unique<VantixControl::Session>(System::instance());
+    harness->described = false;
 }
 
 // Whether the console @p line would write a file outside @p folder: a
@@ -106,6 +110,17 @@ bool writesOutside(const QString &line, const QDir &folder)
     return false;
 }
 
+// Whether @p request gets the schema; with another request's key besides, it is refused, which costs little.
+bool asksForSchema(const QJsonObject &request)
+{
+    using namespace VantixControl;
+    int kinds = 0;
+    for (Protocol::RequestKind kind : Protocol::requestKinds()) {
+        kinds += request.contains(Protocol::requestKey(kind)) ? 1 : 0;
+    }
+    return kinds == 1 && request.contains(Protocol::requestKey(Protocol::RequestKind::Describe));
+}
+
 struct Conversation
 {
     QList<QByteArray> written;
@@ -113,8 +128,6 @@ struct Conversation
     QHash<QByteArray, int> expected;
     int owed = 0;
     int answered = 0;
-    // A schema costs more than all else an input does; a second one would find nothing new.
-    bool described = false;
 
     void take(const QByteArray &line)
     {
@@ -135,7 +148,7 @@ struct Conversation
             if (console.isString() && writesOutside(console.toString(), folder)) {
                 return;
             }
-            if (parsed.request.contains(QLatin1String("describe")) && std::exchange(described, true)) {
+            if (asksForSchema(parsed.request) && std::exchange(harness->described, true)) {
                 return;
             }
         }
@@ -179,6 +192,7 @@ extern "C" int LLVMFuzzerInitialize(int *argc, char ***argv)
     FuzzSupport::removeAtExit(harness->root.path());
     AppConfig::instance()->setRootPath(harness->root.filePath(QStringLiteral("unit")));
     AppConfig::instance()->setArguments(QStringList{QStringLiteral("fuzz")});
+    QDir(harness->root.path()).mkpath(QStringLiteral("client"));
     startSystem();
     return 0;
 }
@@ -188,9 +202,9 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
     if (++harness->inputs % InputsPerSystem == 0) {
         startSystem();
     }
-    // Files the commands write land in a folder of the input's own, removed after it.
+    // Files the commands write land in a folder of the input's own, emptied after it.
     const QDir folder(harness->root.filePath(QStringLiteral("client")));
-    FuzzSupport::check(folder.mkpath(QStringLiteral(".")) && QDir::setCurrent(folder.path()), "no working folder");
+    FuzzSupport::check(QDir::setCurrent(folder.path()), "no working folder");
 
     Conversation conversation;
     {
@@ -216,7 +230,11 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
     QCoreApplication::sendPostedEvents();
     QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
     QDir::setCurrent(harness->startFolder);
-    QDir(folder).removeRecursively();
+    // Most inputs write nothing; looking costs less than removing and making the folder again.
+    if (!folder.isEmpty(QDir::AllEntries | QDir::NoDotAndDotDot | QDir::Hidden | QDir::System)) {
+        QDir(folder).removeRecursively();
+        FuzzSupport::check(folder.mkpath(QStringLiteral(".")), "no working folder");
+    }
 
     for (const QByteArray &line : qAsConst(conversation.written)) {
         QJsonParseError error;
