@@ -306,6 +306,10 @@ private Q_SLOTS:
         QTest::newRow("two kinds") << QByteArray("{\"id\":1,\"line\":\"setbatteryfuel,1,0\",\"describe\":true}")
                                    << "a request carries exactly one of";
         QTest::newRow("line not text") << QByteArray("{\"id\":1,\"line\":7}") << "line is the text of one";
+        // Qt's reader would keep the replaced array for good: refused before it reads the line.
+        QTest::newRow("repeated key")
+            << QByteArray("{\"id\":1,\"cwd\":{\"a\":[1],\"\\u0061\":2},\"line\":\"get battery1 fuelGauge\"}")
+            << "an object of the request names \"a\" twice";
         QTest::newRow("events not a bool")
             << QByteArray("{\"id\":1,\"events\":\"yes\"}") << "events takes true or false";
     }

@@ -2,6 +2,7 @@
 // application, and what its sessions share and keep apart.
 
 #include "logcapture.h"
+#include "repeatedkey_p.h"
 #include "socketlistener_p.h"
 #include "testroot.h"
 #include "testsystem.h"
@@ -187,6 +188,32 @@ private Q_SLOTS:
         for (auto &client : clients) {
             QVERIFY(client->waitFor("\"event\":\"deviceDetected\""));
         }
+    }
+
+    void repeatedKeys_data()
+    {
+        QTest::addColumn<QByteArray>("json");
+        QTest::addColumn<QString>("key");
+        QTest::newRow("none") << QByteArray(R"({"id":1,"line":"x","cwd":"/"})") << QString();
+        QTest::newRow("top level") << QByteArray(R"({"id":1,"line":"x","id":2})") << "id";
+        QTest::newRow("escaped") << QByteArray(R"({"id":1,"\u0069d":2})") << "id";
+        QTest::newRow("nested") << QByteArray(R"({"id":{"a":{"b":1},"a":1}})") << "a";
+        QTest::newRow("in an array") << QByteArray(R"([1,{"k":[],"k":[2]}])") << "k";
+        QTest::newRow("other objects") << QByteArray(R"({"a":{"a":1},"b":[{"a":1},{"a":2}]})") << QString();
+        QTest::newRow("a value is no key") << QByteArray(R"({"a":"a","b":"a"})") << QString();
+        QTest::newRow("quotes and braces in text") << QByteArray(R"({"a":""},{"a":","b":1})") << QString();
+        QTest::newRow("cut short") << QByteArray(R"({"a":1,"b":"x)") << QString();
+        QTest::newRow("cut after a repeat") << QByteArray(R"({"a":[1],"a":)") << "a";
+        QTest::newRow("empty key twice") << QByteArray(R"({"":1,"":2})") << "";
+    }
+
+    void repeatedKeys()
+    {
+        QFETCH(QByteArray, json);
+        QFETCH(QString, key);
+        const QString found = VantixControl::repeatedKey(json);
+        QCOMPARE(found, key);
+        QCOMPARE(found.isNull(), key.isNull());
     }
 
     void emittedCountsStartWithTheSession()

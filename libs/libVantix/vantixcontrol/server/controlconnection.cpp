@@ -4,9 +4,11 @@
 #include "event.h"
 #include "logging_p.h"
 #include "protocol.h"
+#include "repeatedkey_p.h"
 #include "reply.h"
 #include "requestid_p.h"
 #include "session.h"
+#include "words.h"
 
 #include <vantix/platformnames.h>
 #include <vantix/system.h>
@@ -68,9 +70,12 @@ bool isUtf8(const QByteArray &data)
     return state.invalidChars == 0 && state.remainingChars == 0;
 }
 
-// Whether @p text is one JSON value other than null.
+// Whether @p text is one JSON value other than null, and one Qt reads without loss.
 bool isJsonValue(const QByteArray &text)
 {
+    if (!repeatedKey(text).isNull()) {
+        return false;
+    }
     QJsonParseError error;
     const QJsonDocument document = QJsonDocument::fromJson('[' + text + ']', &error);
     return error.error == QJsonParseError::NoError && document.array().size() == 1 && !document.array().at(0).isNull();
@@ -179,6 +184,15 @@ ControlConnection::ParsedLine ControlConnection::parseLine(const QByteArray &raw
         // The id is answered with all the same when it can be read.
         const QByteArray id = requestIdText(line);
         if (isUtf8(id) && isJsonValue(id)) {
+            parsed.id = id;
+        }
+        return parsed;
+    }
+    const QString repeated = repeatedKey(line);
+    if (!repeated.isNull()) {
+        parsed.error = QStringLiteral("an object of the request names \"%1\" twice").arg(Words::printable(repeated));
+        const QByteArray id = requestIdText(line);
+        if (isJsonValue(id)) {
             parsed.id = id;
         }
         return parsed;
