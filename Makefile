@@ -87,7 +87,7 @@ test-asan: deps
 # The Systems the targets start serve no control socket (VANTIX_CONTROL=off).
 FUZZ_BUILD_DIR ?= build-fuzz
 FUZZ_SECONDS ?= 60
-FUZZ_TARGETS ?= controlline debugcommand nvram osrelease
+FUZZ_TARGETS ?= controlline debugcommand framing nvram osrelease
 FUZZ_TMPDIR ?= $(shell test -d /dev/shm && echo /dev/shm || echo /tmp)
 # The fast unwinder: the one suppression needs the slow one only for QtGui, which no fuzz target loads,
 # and the slow one made every allocation cost ten times as much. A quarantine of 16 MB rather than
