@@ -29,7 +29,6 @@
 #include <QTextStream>
 
 #include <cstdio>
-#include <limits>
 #include <memory>
 #include <unistd.h>
 
@@ -122,11 +121,11 @@ int main(int argc, char *argv[])
         scriptLines = QString::fromUtf8(file.readAll()).split(QLatin1Char('\n'));
     }
 
-    // Qt re-reads the host's network configurations every 10 s, and each pass
-    // rewrites the Wi-Fi values a script set: a script's outcome must not
-    // depend on when the pass falls.
-    if (parser.isSet(scriptOption) && !qEnvironmentVariableIsSet("QT_BEARER_POLL_TIMEOUT")) {
-        qputenv("QT_BEARER_POLL_TIMEOUT", QByteArray::number(std::numeric_limits<int>::max()));
+    // Every reading of the host's network configurations (the first one
+    // arrives a while after start-up, then one every 10 s) rewrites the Wi-Fi
+    // values a script set: a script's outcome must not depend on when they fall.
+    if (parser.isSet(scriptOption) && !qEnvironmentVariableIsSet("VANTIX_HOST_WIFI")) {
+        qputenv("VANTIX_HOST_WIFI", "off");
     }
 
     QTextStream out(stdout);

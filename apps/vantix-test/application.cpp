@@ -10,7 +10,6 @@
 
 #include <csignal>
 #include <cstring>
-#include <limits>
 #include <sys/prctl.h>
 #include <unistd.h>
 
@@ -19,8 +18,8 @@ namespace {
 constexpr int OutputLimit = 8 * 1024 * 1024;
 // Should no change of the folder be reported, the socket is looked for this often.
 constexpr int SocketPollMs = 50;
-// How often, in ms, Qt polls the host's network configurations.
-const QString HostNetworkPoll = QStringLiteral("QT_BEARER_POLL_TIMEOUT");
+// "off" keeps the application from reading the host's Wi-Fi configurations.
+const QString HostWifi = QStringLiteral("VANTIX_HOST_WIFI");
 
 class GroupedProcess : public QProcess
 {
@@ -120,11 +119,11 @@ void ApplicationProcess::start()
     environment.insert(QStringLiteral("VANTIX_CONTROL"), socketPath());
     environment.insert(QStringLiteral("QBCOMMON_ROOT"), unitRoot());
     environment.insert(QStringLiteral("TMPDIR"), folder.filePath(QStringLiteral("tmp")));
-    // Qt re-reads the host's network configurations every 10 s, and each pass
-    // rewrites the Wi-Fi values a scenario set; a scenario must not depend on
-    // when the pass falls (at --speed 100 it falls every 100 ms).
-    if (!environment.contains(HostNetworkPoll)) {
-        environment.insert(HostNetworkPoll, QString::number(std::numeric_limits<int>::max()));
+    // Every reading of the host's network configurations (the first one
+    // arrives a while after start-up, then one every 10 s) rewrites the Wi-Fi
+    // values a scenario set; a scenario must not depend on when they fall.
+    if (!environment.contains(HostWifi)) {
+        environment.insert(HostWifi, QStringLiteral("off"));
     }
     if (m_setup.speed > 0) {
         environment = FakeTime::environment(environment, m_setup.fakeTimeLibrary, m_setup.speed);

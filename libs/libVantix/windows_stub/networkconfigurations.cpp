@@ -2,6 +2,7 @@
 
 #include <qbcommon/networkmanager.h>
 
+#include <QCoreApplication>
 #include <QPointer>
 
 // The bearer API is deprecated in Qt 5.15 but is still the only way to learn
@@ -51,6 +52,17 @@ public:
 private:
     QNetworkConfigurationManager *configurationManager;
 };
+
+// The host is not asked at all: for runs whose outcome must not depend on it.
+class NoNetworkConfigurations : public NetworkConfigurations
+{
+public:
+    using NetworkConfigurations::NetworkConfigurations;
+
+    QList<Configuration> allConfigurations() const override { return {}; }
+    // Nothing to wait for, so nothing arrives later to overwrite what a run set.
+    void updateConfigurations() override { Q_EMIT updateCompleted(); }
+};
 } // namespace
 
 NetworkConfigurations::NetworkConfigurations(QObject *parent)
@@ -64,6 +76,13 @@ NetworkConfigurations *NetworkConfigurations::instance()
 {
     if (s_installed) {
         return s_installed;
+    }
+    if (qEnvironmentVariable("VANTIX_HOST_WIFI") == QLatin1String("off")) {
+        static QPointer<NetworkConfigurations> none;
+        if (!none) {
+            none = new NoNetworkConfigurations(QCoreApplication::instance());
+        }
+        return none;
     }
     // One per configuration manager; it goes away with the manager.
     static QPointer<NetworkConfigurations> host;

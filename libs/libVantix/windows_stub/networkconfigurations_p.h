@@ -38,7 +38,8 @@ public:
 
     /**
      * The source network devices take at construction: the one given to
-     * setInstance(), else the host's configuration manager.
+     * setInstance(); else none at all when VANTIX_HOST_WIFI is "off" (the
+     * story runners set it); else the host's configuration manager.
      */
     static NetworkConfigurations *instance();
     /// Replaces the host's configurations for devices created from now on; null restores them.
