@@ -15,7 +15,7 @@ class QProcess;
  * its own: its runtime folder (XDG_RUNTIME_DIR), its control socket there
  * (VANTIX_CONTROL), the unit's files (QBCOMMON_ROOT), TMPDIR and its working
  * folder, so that parallel instances share nothing and nothing is written
- * elsewhere. It runs in a process group of its own: Ctrl+C in the terminal
+ * elsewhere; nor does it read the host's Wi-Fi configurations (VANTIX_HOST_WIFI). It runs in a process group of its own: Ctrl+C in the terminal
  * reaches the tester alone, which stops the group itself, and the group dies
  * with the tester.
  */
