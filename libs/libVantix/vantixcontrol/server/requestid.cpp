@@ -1,9 +1,6 @@
 #include "requestid_p.h"
 
-#include <QJsonArray>
-#include <QJsonDocument>
-
-#include <cstring>
+#include "jsontext_p.h"
 
 namespace VantixControl {
 
@@ -41,25 +38,7 @@ public:
     }
 
     // Past the string that starts at @p at (its opening quote); null when it does not end.
-    const char *skipString(const char *at) const
-    {
-        for (++at; at < m_end;) {
-            const char *quote = static_cast<const char *>(std::memchr(at, '"', size_t(m_end - at)));
-            if (!quote) {
-                return nullptr;
-            }
-            // A quote after an odd number of backslashes is part of the text.
-            const char *slash = quote;
-            while (slash > at && slash[-1] == '\\') {
-                --slash;
-            }
-            if ((quote - slash) % 2 == 0) {
-                return quote + 1;
-            }
-            at = quote + 1;
-        }
-        return nullptr;
-    }
+    const char *skipString(const char *at) const { return JsonText::stringEnd(at, m_end); }
 
     // Past the value that starts at @p at; null when it does not end.
     const char *skipValue(const char *at) const
@@ -98,13 +77,9 @@ public:
     // Whether the key string at [from, to) (quotes included) reads "id".
     static bool isIdKey(const char *from, const char *to)
     {
+        // Most keys have no escapes: compared as bytes, nothing is decoded.
         const QByteArray key = QByteArray::fromRawData(from, int(to - from));
-        if (!key.contains('\\')) {
-            return key == "\"id\"";
-        }
-        // Escaped ("\u0069d"): let the JSON reader spell it out.
-        const QJsonDocument decoded = QJsonDocument::fromJson('[' + key + ']');
-        return decoded.array().at(0).toString() == QLatin1String("id");
+        return key.contains('\\') ? JsonText::stringText(from, to) == QLatin1String("id") : key == "\"id\"";
     }
 
 private:
